@@ -1,0 +1,24 @@
+// data/sort.h - the order of the observations.
+#pragma once
+#include <cstdint>
+
+enum sort_mode : int32_t { SORT_AUTO = 0, SORT_IVEC = 1, SORT_IVAR = 2, SORT_SWAP = 3 };
+// Sorts observations first..last ascending on nkeys variables, and writes the sort list when
+// the range is the whole dataset. Codes: 0, 1 after a break (the list is then empty), 103.
+[[nodiscard]] int32_t sort_obs(const int32_t *keys, int32_t nkeys, int32_t first, int32_t last,
+                               bool stable, int32_t mode);
+[[nodiscard]] int32_t sysidxsort(const char *name, bool breakable);
+bool sort_known(const int32_t *keys, int32_t nkeys);  // the sort list begins with the keys
+int32_t sort_compare(uint32_t a, uint32_t b, const int32_t *keys, int32_t nkeys);
+void sortnints(int32_t *values, int32_t n);
+int32_t uniqnints(int32_t *values, int32_t n);  // the new count
+// For commands that want an order without moving rows: fills idx[0..count) with the selected
+// observations in order; returns the count or a negated code.
+int32_t sort_index(const int32_t *keys, int32_t nkeys, const uint8_t *sel, int32_t *idx);
+[[nodiscard]] int32_t sort_preserve();
+[[nodiscard]] int32_t sort_restore(bool back);
+uint32_t sortseed();
+void setsortseed(uint32_t seed);
+void srndobs(int32_t lo, int32_t hi);
+int32_t rndobs();
+void pi_chksort(int32_t var);  // a value of var changed: the list ends before it

@@ -1,0 +1,74 @@
+// interp/interp.h - the spine: lines, levels, dispatch, the way in and the way out.
+//
+//   readcons -> console -> macexp -> ti_gettok -> selreq -> row of commands.def -> handler
+//
+// Nothing unwinds by itself: a handler's code climbs through doreq and godo by plain returns,
+// and every level restores its doframe on the way. capture stops the climb.
+#pragma once
+#include "core/state.h"
+#include "interp/tokens.h"
+#include <cstdint>
+
+// ---- the command table. Order of rows is part of the language: the first that fits wins.
+enum : uint8_t {
+    C_BY = 1,    // may stand behind by
+    C_DEAD = 2,  // looked at in dead lines
+};
+struct cmdrow {
+    const char *word;
+    uint8_t min;
+    int32_t (*handler)(int32_t arg);
+    int32_t arg;
+    int16_t below, from;  // version gate: vernum < below, vernum >= from
+    uint8_t flags;
+};
+extern const cmdrow cmdtable[];
+extern const int32_t ncmdtable;
+// The row a word selects now, among rows with all the flags of need; or null.
+const cmdrow *cmd_row(const char *word, uint8_t need);
+const char *findbuiltin(const char *word);
+const char *findbyablebuiltin(const char *word);
+int32_t cmdcmp(const char *word, const char *full, int32_t minlen);
+int32_t cmdcmp_lc(const char *word, const char *full, int32_t minlen);
+int32_t cmdhash(const char *text);
+int32_t byability(const char *word);  // 0 none, 1 onecall, 2 recall, 3 noheader, 9 not loaded
+void cmdinit();
+void cmdinit_plus_byvar();
+[[nodiscard]] int32_t notbuilt(int32_t arg);  // the handler of rows that are not built yet
+inline constexpr const char *notbuilt_words = "this command is not available in this version of Ovata\n";
+
+[[nodiscard]] int32_t selreq();
+int32_t getreq(bool fromprogram, bool newlinefirst);  // 0 a line is ready, 1 end of input
+int32_t doreq();                                      // 1 go on, 0 leave this level
+// Runs a command line from C++ on the caller's level, console and tokens as before on return.
+[[nodiscard]] int32_t run_line(const char *line);
+
+// ---- do-files and programs
+struct dofile;  // a do-file reader
+enum godo_kind : int32_t { GD_DO = 0, GD_RUN = 1, GD_PROGRAM = 3, GD_INCLUDE = 4 };
+[[nodiscard]] int32_t godo(int32_t kind, bool keepclsrtn);
+extern dofile *dofilep;
+extern bool doeof;
+extern int32_t delimit;
+dofile *dofopen(const char *name, int32_t *rc);
+int32_t getdofcm(dofile *f, int32_t *status);  // a character; status -1 end, -2 error
+void dofclos(dofile *f);
+int32_t readcons(int32_t len, bool fromdo, bool allowunknownhash, bool newlinefirst);
+int32_t setbreak(bool on);  // the earlier setting
+
+// Finding files. srchado writes the nth hit (1-based) along S_ADO of name.extension into
+// result (500 bytes); all return 0 when found, 1 otherwise.
+int32_t srchado(const char *name, const char *extension, int32_t nth, char *result);
+int32_t srchadofile(const char *name, char *result);
+int32_t srchfile(const char *name, bool usesys, char *result);
+[[nodiscard]] int32_t autoload(const char *extension, bool mustdefine);
+// A code word of S_ADO or `sysdir` (BASE, SITE, ...) to its directory, with its separator.
+const char *sysdir_of(const char *word);
+
+// ---- start and end
+int32_t sinit0(int32_t argc, char **argv);
+int32_t sinit();
+int32_t tinit();
+[[noreturn]] void sexit(int32_t code);
+extern int32_t sinit_state;
+[[nodiscard]] int32_t goexit(int32_t arg);

@@ -1,0 +1,60 @@
+// output/oml.h - the renderer of OMCL, and the sinks it feeds.
+//
+// Mark-up comes in through omlsend, raw text through omlsendraw. One scanner reads the
+// mark-up, tags are rows of omltags.def, and what they produce goes to every sink attached:
+//
+//   terminal     rendered at the screen's width, styles as colours when it is a terminal
+//   plain log    rendered at the log's own width, no styles
+//   mark-up log  the mark-up itself; raw braces are written {c -(} and {c )-}
+//   user         a routine of the caller's (labels, tests, the more-prompt)
+//
+//   {name}   {name args}   {name:text}   {name args:text}
+//
+// Styles nest and end with their text. A tag nobody knows prints as it stands. An unclosed
+// tag ends with its line. Raw text never meets the scanner.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+enum oml_out : uint8_t { OML_PLAIN, OML_TERMINAL, OML_MARKUP };
+using oml_userfn = int32_t (*)(const char *text, size_t n, void *arg);
+
+struct oml;  // the renderer record
+extern oml *oml_cur, *oml_reswin;
+
+[[nodiscard]] oml *omlopen(uint8_t kind);  // an oml_out; null without memory
+void omlclose(oml *o);
+void omlreinitialize(oml *o);  // forget open styles, paragraph and column state
+// 40 to 255; anything else is brought to the nearer end. Returns the width taken.
+int32_t omlset_maxwidth(oml *o, int32_t width);
+int32_t omlquery_maxwidth(const oml *o);
+void omlset_pagelen(oml *o, int32_t lines);
+void omlset_user(oml *o, oml_userfn fn, void *arg);
+void omlset_useroff(oml *o);
+void omlset_useron(oml *o);
+void omlset_fd(oml *o, int32_t fd);         // where the terminal sink writes; -1 none
+void omlset_chars(oml *o, int utf8);        // line-drawing and named characters in UTF-8 or ASCII
+int omlquery_chars(const oml *o);
+
+int32_t omlsend(oml *o, const char *markup);     // both return stopflag
+int32_t omlsendraw(oml *o, const char *text);
+void omlflush(oml *o);
+int32_t omlcolumn(const oml *o);                 // 1-based column of the next character
+
+// Logs attached to a renderer. A log is a descriptor with a kind and a width of its own;
+// output is the plain one, input the mark-up one (named for what they hold: what came out,
+// what went in). fd -1 detaches. Several may be attached; id tells them apart.
+int32_t omlset_log_output(oml *o, int32_t fd, int32_t width);  // id, or -1 without memory
+int32_t omlset_log_input(oml *o, int32_t fd);                  // id, or -1
+void omllog_pause(oml *o, int32_t id, bool pause);
+int32_t omllog_close(oml *o, int32_t id);        // flushes; 0 or 693; the fd stays open
+int32_t oml_query_log_err(const oml *o);         // 0, or 693 after a failed log write
+
+// Paging. omlmore returns the key, or 0 when no prompt is due.
+int32_t omlmore(oml *o);
+void sysinitmore(int32_t moretime);
+
+// Printed width of a marked-up string, and its text without mark-up.
+int32_t lenofomcl(const char *markup);
+std::string omltext(const char *markup);

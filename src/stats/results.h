@@ -1,0 +1,56 @@
+// stats/results.h - stored results: r(), e(), s(), and the return() hold of each level.
+//
+// r() belongs to the last general command, e() to the last estimation, s() to parsing
+// programs. The first 20 scalars of r() and of e() stand in a table beside the dm store; the
+// rest, macros and matrices are dm records. What a program returns is held under its level's
+// own types and becomes r() when it ends, by changing types, never by copying.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+
+enum result_kind : int32_t { RK_R = 3, RK_RETURN = 4, RK_E = 5, RK_S = 6 };
+
+// What is found is kept as the current item, which the accessors read. 15 a scalar, 5179 a
+// macro, 9 a matrix, 0 nothing.
+int32_t gretval_find(int32_t kind, const char *name);
+double retval_get_as_double();
+void retval_get_as_string(char *buf, int32_t max);   // at most max characters
+int32_t retval_get_as_double_any(double *out);       // nonzero when it is no number
+const char *retval_get_strptr();
+int32_t retval_get_rvcat();
+
+extern uint8_t retval_flag;  // bit 1 the table, bit 2 the dm types
+void retval_clear();         // each r-class command starts with this
+void retval_zap();
+void retval_set_gscalar(double value, const char *name, int32_t cat = 0);
+void retval_reset_gscalar(double value, const char *name, int32_t cat = 0);
+void retval_set_glocal(const char *name, const char *text, int32_t cat = 0);
+void retval_erase(const char *name);
+[[nodiscard]] int32_t retval_internal_to_dynamic();
+
+extern bool lastest;
+void estval_clear();
+void estval_set_gscalar(double value, const char *name, int32_t cat = 0);
+void estval_set_glocal(const char *name, const char *text, int32_t cat = 0);
+void estval_reset_gscalar(double value, const char *name, int32_t cat = 0);
+void estval_reset_glocal(const char *name, const char *text, int32_t cat = 0);
+void estval_erase(const char *name);
+[[nodiscard]] int32_t estval_internal_to_dynamic();
+double estval_get_double(const char *name);
+extern char esamplename[33];  // the hidden sample variable, empty when there is none
+// The matrix behind e(b) or e(V): its dm name, or null without estimates.
+const char *find_e_of_specialname(const char *name);
+
+void myretval_clear();
+void myretval_erase(const char *name);
+[[nodiscard]] int32_t myretval_reset_gscalar(double value, const char *name, int32_t cat);
+[[nodiscard]] int32_t myretval_reset_glocal(const char *name, const char *text, int32_t cat);
+[[nodiscard]] int32_t myretval_add();
+void myretval_to_r();   // at a program's end: the hold becomes r()
+
+void sretval_clear();
+[[nodiscard]] int32_t sretval_reset_local(const char *name, const char *text);
+int32_t retvals_dir(int32_t kind);  // the listing form; returns stopflag
+
+// _result(0..20) of old programs.
+extern double usresult[21];

@@ -1,0 +1,27 @@
+#!/bin/sh
+# Runs one test script in batch and compares its log with the wanted one.
+#   run-script.sh PROGRAM SCRIPT.do [--accept]
+# A first line "*! edition WORD" chooses the edition (small7 by default). --accept writes the
+# log over the wanted one, to be read before it is committed.
+set -u
+program=$1 script=$2 accept=${3:-}
+name=$(basename "$script" .do)
+dir=$(cd "$(dirname "$script")" && pwd)
+edition=$(sed -n '1s/^\*! edition \([a-z0-9]*\).*/\1/p' "$script")
+work=$(mktemp -d) || exit 1
+trap 'rm -rf "$work"' EXIT INT TERM
+HOME=$work
+XDG_CONFIG_HOME=$work/config
+OVATA_EDITION=${edition:-small7}
+TESTDATA=$dir/data
+export HOME XDG_CONFIG_HOME OVATA_EDITION TESTDATA
+cd "$work" || exit 1
+cp "$script" "$work/$name.do"
+timeout 120 "$program" -q -b do "$name.do" </dev/null >"$work/stdout" 2>"$work/stderr"
+code=$?
+if [ $code -ne 0 ]; then
+    echo "exit code $code"; cat "$work/stderr"; tail -20 "$work/$name.log"; exit 1
+fi
+if [ -s "$work/stderr" ]; then echo "standard error:"; cat "$work/stderr"; exit 1; fi
+if [ "$accept" = --accept ]; then cp "$work/$name.log" "$dir/$name.want"; exit 0; fi
+diff -u "$dir/$name.want" "$work/$name.log"
