@@ -143,6 +143,10 @@ void *dmnext(void *payload, char *name, int32_t type, uint64_t *length);
 // A copy of a record under another name and type. Returns 0 or 950.
 [[nodiscard]] int32_t dmcp(const void *payload, const char *name, int32_t type);
 uint64_t dmmemory(int32_t type);             // bytes held by a type, -1 for all
+// A record to a file and back, for objects that are kept on disk. dmwrite gives 0 or 693; dmread
+// gives 0 and the payload, -1 at the end of the file, 688, 692 or 950.
+[[nodiscard]] int32_t dmwrite(int32_t fd, const void *payload);
+[[nodiscard]] int32_t dmread(int32_t fd, void **payload);
 const char *dm_word(int32_t type);           // the word of its memory message
 // Called before a record goes, so that cached pointers to it can be dropped.
 extern void (*dm_onremove)(void *payload, int32_t type);
