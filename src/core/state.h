@@ -54,7 +54,7 @@ extern int32_t nobss1, nobss2;
 struct byenv {
     bool on, recall, lastcall;
     int32_t index, n1, n2;
-    char vars[4096];   // names of the by variables, blanks between
+    const char *vars;  // names of the by variables, blanks between
 };
 extern byenv by_env;
 

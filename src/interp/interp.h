@@ -52,18 +52,6 @@ void show_rc_line();  // the line of globalrc at the prompt and in do-files
 struct dofile;  // a do-file reader
 enum godo_kind : int32_t { GD_DO = 0, GD_RUN = 1, GD_PROGRAM = 3, GD_INCLUDE = 4 };
 [[nodiscard]] int32_t godo(int32_t kind, bool keepclsrtn);
-// The running program: its record (null: to be found again by name and class) and the line
-// that getreq hands out next, counted from 0.
-struct pgmrec;
-extern pgmrec *sys_pgmloc;
-extern int32_t sys_upline;
-extern bool sys_is_cls;
-// What a level must undo at its end; each level starts with all of them off.
-extern bool hastmp_fhopened, hastmp_class, hastmp_vars, hastmp_hreturn, resort_on_exit;
-extern uint8_t estrestore;
-extern int32_t psvfctr;       // number of the level's preserved data, -1 without
-extern int32_t (*restore_fn)();  // brings the preserved data back (psvfctr is not -1)
-extern int32_t moretime;
 // The by-environment byprefix leaves for the program it calls next (core/state.h has the one
 // of the running program).
 extern byenv by_waiting;
