@@ -125,6 +125,10 @@ void dmshutdown();  // frees everything
 // its stead. Contents are not kept. Null leaves the old record as it was.
 [[nodiscard]] void *dmreadd23(const char *name, int32_t type, int32_t aux, int16_t a, int16_t b,
                               uint64_t size);
+// As dmreadd23, with the contents: the record of that name and type comes to hold data, which
+// may be part of its old payload. Returns 0 or 950.
+[[nodiscard]] int32_t dmresave(const char *name, int32_t type, int32_t aux, const void *data,
+                               uint64_t size);
 // Copies at most size bytes of the payload out. Returns 0, or 111 without printing.
 [[nodiscard]] int32_t dmuse(const char *name, int32_t type, uint64_t *length, void *buffer,
                             uint64_t size);
@@ -143,6 +147,10 @@ void *dmnext(void *payload, char *name, int32_t type, uint64_t *length);
 // A copy of a record under another name and type. Returns 0 or 950.
 [[nodiscard]] int32_t dmcp(const void *payload, const char *name, int32_t type);
 uint64_t dmmemory(int32_t type);             // bytes held by a type, -1 for all
+// A record to a file and back, for objects that are kept on disk. dmwrite gives 0 or 693; dmread
+// gives 0 and the payload, -1 at the end of the file, 688, 692 or 950.
+[[nodiscard]] int32_t dmwrite(int32_t fd, const void *payload);
+[[nodiscard]] int32_t dmread(int32_t fd, void **payload);
 const char *dm_word(int32_t type);           // the word of its memory message
 // Called before a record goes, so that cached pointers to it can be dropped.
 extern void (*dm_onremove)(void *payload, int32_t type);
