@@ -5,6 +5,7 @@
 #include "data/dsa_int.h"
 #include "interp/messages.h"
 #include "output/print.h"
+#include <cstdio>
 
 static bool has_data(const dsa_area *d) { return d->K > 0 || d->_No_ > 1; }
 

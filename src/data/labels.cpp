@@ -140,69 +140,70 @@ struct tablename {
     explicit tablename(const vltable *t) { memcpy(s, dm_rec(t)->name, sizeof s); }
 };
 
+// A new record with the entries of table, but for number gone (-1 none), and room for more.
+static vltable *copied(const vltable *table, int32_t gone, int32_t more, int32_t moretext)
+{
+    tablename name(table);
+    int32_t cut = gone < 0 ? 0 : int32_t(strlen(table->txt() + table->off()[gone]) + 1);
+    int32_t from = gone < 0 ? table->txtlen : table->off()[gone];
+    int32_t left = gone < 0 ? table->n : table->n - 1, textlen;
+    if (__builtin_add_overflow(table->txtlen - cut, moretext, &textlen))
+        return fail(134);
+    vltable *t = vlallocate(name.s, left + more, textlen);
+    if (!t)
+        return nullptr;
+    for (int32_t i = 0, to = 0; i < table->n; i++) {
+        if (i == gone)
+            continue;
+        int32_t off = table->off()[i];
+        t->off()[to] = off > from ? off - cut : off;
+        t->val()[to++] = table->val()[i];
+    }
+    memcpy(t->txt(), table->txt(), size_t(from));
+    memcpy(t->txt() + from, table->txt() + from + cut, size_t(table->txtlen - from - cut));
+    return t;
+}
+
+static vltable *replaced(vltable *old)
+{
+    tablename name(old);
+    dmrm(old);
+    upValLabel = true;
+    vlstatus = 0;
+    return vlfind(name.s);
+}
+
 vltable *vladdlab(vltable *table, int32_t value, const char *text)
 {
     if (!table)
         return fail(9270);
     size_t len = strlen(text) + 1;
-    int32_t textlen;
-    if (table->n > vl_maxn || len > INT32_MAX ||
-        __builtin_add_overflow(table->txtlen, int32_t(len), &textlen))
+    if (table->n > vl_maxn || len > INT32_MAX)
         return fail(134);
-    tablename name(table);
-    int32_t n = table->n, at = place(table, value);
-    if (at >= 0) {
-        // A value has one text: the new one takes the place of the old.
-        if (!(table = vlrmlab(table, value)))
-            return nullptr;
-        return vladdlab(table, value, text);
-    }
-    at = -1 - at;
-    if (n == 0)
-        at = 0;
-    vltable *t = vlallocate(name.s, n + 1, textlen);
+    int32_t at = place(table, value), gone = at;
+    // A value has one text: an old one goes, and its place stays.
+    if (at < 0)
+        at = -1 - at, gone = -1;
+    vltable *t = copied(table, gone, 1, int32_t(len));
     if (!t)
         return nullptr;
-    memcpy(t->off(), table->off(), size_t(at) * 4);
-    memcpy(t->val(), table->val(), size_t(at) * 4);
-    t->off()[at] = table->txtlen;
+    size_t behind = size_t(t->n - 1 - at) * 4;
+    memmove(t->off() + at + 1, t->off() + at, behind);
+    memmove(t->val() + at + 1, t->val() + at, behind);
+    t->off()[at] = t->txtlen - int32_t(len);
     t->val()[at] = value;
-    memcpy(t->off() + at + 1, table->off() + at, size_t(n - at) * 4);
-    memcpy(t->val() + at + 1, table->val() + at, size_t(n - at) * 4);
-    memcpy(t->txt(), table->txt(), size_t(table->txtlen));
-    memcpy(t->txt() + table->txtlen, text, len);
-    dmrm(table);
-    upValLabel = true;
-    vlstatus = 0;
-    return vlfind(name.s);
+    memcpy(t->txt() + t->off()[at], text, len);
+    return replaced(table);
 }
 
 vltable *vlrmlab(vltable *table, int32_t value)
 {
     if (!table)
         return fail(9270);
-    int32_t n = table->n, at = place(table, value);
-    if (at < 0 || n == 0)
+    int32_t at = place(table, value);
+    if (at < 0)
         return table;
-    tablename name(table);
-    int32_t gone = table->off()[at];
-    auto len = int32_t(strlen(table->txt() + gone) + 1);
-    vltable *t = vlallocate(name.s, n - 1, table->txtlen - len);
-    if (!t)
-        return nullptr;
-    for (int32_t i = 0, to = 0; i < n; i++) {
-        if (i == at)
-            continue;
-        int32_t off = table->off()[i];
-        t->off()[to] = off > gone ? off - len : off;
-        t->val()[to++] = table->val()[i];
-    }
-    memcpy(t->txt(), table->txt(), size_t(gone));
-    memcpy(t->txt() + gone, table->txt() + gone + len, size_t(table->txtlen - gone - len));
-    dmrm(table);
-    upValLabel = true;
-    vlstatus = 0;
-    return vlfind(name.s);
+    return copied(table, at, 0, 0) ? replaced(table) : nullptr;
 }
 
 int32_t vldrop(const char *name)
