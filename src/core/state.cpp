@@ -23,6 +23,7 @@ char sys_pgmname[33], sys_pgmclass[33];
 int32_t byvar;
 bool lastby = true;
 int32_t nobss1 = 1, nobss2;
+byenv by_env;
 bool s_updata, newdata, newDtaset, upSort, upFormat, upValLabel;
 char datalbl[81];
 

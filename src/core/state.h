@@ -49,6 +49,15 @@ extern int32_t byvar;
 extern bool lastby;
 extern int32_t nobss1, nobss2;
 
+// What by tells a program: on while one runs behind by. With recall it is called once for
+// each group, observations n1 to n2 the index-th of them; with onecall once for all.
+struct byenv {
+    bool on, recall, lastcall;
+    int32_t index, n1, n2;
+    const char *vars;  // names of the by variables, blanks between
+};
+extern byenv by_env;
+
 // The dataset, as flags.
 extern bool s_updata;   // changed since it was last saved
 extern bool newdata, newDtaset, upSort, upFormat, upValLabel;  // told to whoever watches

@@ -209,11 +209,37 @@ int32_t dmsave23(const char *name, int32_t type, int32_t aux, int16_t a, int16_t
     return 0;
 }
 
+// Near enough in size to be used again.
+static bool fits(const dmrec *r, uint64_t size)
+{
+    uint64_t slack = size / 2 < 128 ? 128 : size / 2 > 1024 ? 1024 : size / 2;
+    return r->cap >= size && r->cap <= size + slack;
+}
+
+int32_t dmresave(const char *name, int32_t type, int32_t aux, const void *data, uint64_t size)
+{
+    dmrec *r = find_rec(name, type);
+    if (r && fits(r, size)) {
+        memmove(dm_payload(r), data, size);
+        r->len = size;
+        r->aux = aux;
+        r->a = r->b = -1;
+        return 0;
+    }
+    dmrec *fresh = new_rec(name, type, size, false);
+    if (!fresh)
+        return RC_DMMEM;
+    memcpy(dm_payload(fresh), data, size);
+    fresh->aux = aux;
+    if (r)
+        remove_rec(r);
+    return 0;
+}
+
 void *dmreadd23(const char *name, int32_t type, int32_t aux, int16_t a, int16_t b, uint64_t size)
 {
     dmrec *r = find_rec(name, type);
-    uint64_t slack = size / 2 < 128 ? 128 : size / 2 > 1024 ? 1024 : size / 2;
-    if (!r || r->cap < size || r->cap > size + slack) {
+    if (!r || !fits(r, size)) {
         dmrec *fresh = new_rec(name, type, size, false);
         if (!fresh)
             return nullptr;

@@ -125,6 +125,10 @@ void dmshutdown();  // frees everything
 // its stead. Contents are not kept. Null leaves the old record as it was.
 [[nodiscard]] void *dmreadd23(const char *name, int32_t type, int32_t aux, int16_t a, int16_t b,
                               uint64_t size);
+// As dmreadd23, with the contents: the record of that name and type comes to hold data, which
+// may be part of its old payload. Returns 0 or 950.
+[[nodiscard]] int32_t dmresave(const char *name, int32_t type, int32_t aux, const void *data,
+                               uint64_t size);
 // Copies at most size bytes of the payload out. Returns 0, or 111 without printing.
 [[nodiscard]] int32_t dmuse(const char *name, int32_t type, uint64_t *length, void *buffer,
                             uint64_t size);

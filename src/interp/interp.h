@@ -8,6 +8,7 @@
 #include "core/state.h"
 #include "interp/tokens.h"
 #include <cstdint>
+#include <string>
 
 // ---- the command table. Order of rows is part of the language: the first that fits wins.
 enum : uint8_t {
@@ -42,18 +43,31 @@ int32_t getreq(bool fromprogram, bool newlinefirst);  // 0 a line is ready, 1 en
 int32_t doreq();                                      // 1 go on, 0 leave this level
 // Runs a command line from C++ on the caller's level, console and tokens as before on return.
 [[nodiscard]] int32_t run_line(const char *line);
+// Takes the next token as the command word and dispatches it, as a prefix does: work variables
+// the command leaves behind are dropped.
+[[nodiscard]] int32_t run_next();
+void show_rc_line();  // the line of globalrc at the prompt and in do-files
 
 // ---- do-files and programs
 struct dofile;  // a do-file reader
 enum godo_kind : int32_t { GD_DO = 0, GD_RUN = 1, GD_PROGRAM = 3, GD_INCLUDE = 4 };
 [[nodiscard]] int32_t godo(int32_t kind, bool keepclsrtn);
+// The by-environment byprefix leaves for the program it calls next (core/state.h has the one
+// of the running program).
+extern byenv by_waiting;
+
 extern dofile *dofilep;
 extern bool doeof;
 extern int32_t delimit;
 dofile *dofopen(const char *name, int32_t *rc);
 int32_t getdofcm(dofile *f, int32_t *status);  // a character; status -1 end, -2 error
 void dofclos(dofile *f);
+// Reads one command line into console. Returns 1 at the end of a do-file (doeof is then set);
+// the end of the keyboard's input ends the process. readcons_prompt is what stands before
+// the line; who changes it puts it back.
 int32_t readcons(int32_t len, bool fromdo, bool allowunknownhash, bool newlinefirst);
+inline constexpr const char *prompt_std = ". ";
+extern const char *readcons_prompt;
 int32_t setbreak(bool on);  // the earlier setting
 
 // Finding files. srchado writes the nth hit (1-based) along S_ADO of name.extension into
@@ -62,8 +76,13 @@ int32_t srchado(const char *name, const char *extension, int32_t nth, char *resu
 int32_t srchadofile(const char *name, char *result);
 int32_t srchfile(const char *name, bool usesys, char *result);
 [[nodiscard]] int32_t autoload(const char *extension, bool mustdefine);
-// A code word of S_ADO or `sysdir` (BASE, SITE, ...) to its directory, with its separator.
+// A code word of S_ADO or `sysdir` (OVATA, BASE, SITE, ...) to its directory, with its
+// separator at the end; null when it is none. sysdir_set changes one: 0, or 198.
 const char *sysdir_of(const char *word);
+[[nodiscard]] int32_t sysdir_set(const char *word, const char *path);
+extern const char *const sysdir_words[];  // in the order of the listing; ends with null
+// The subdirectory of the ado directories that holds a file: its first letter, lower case.
+std::string ado_subdir(const char *name);
 
 // ---- start and end
 int32_t sinit0(int32_t argc, char **argv);

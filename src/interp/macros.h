@@ -26,7 +26,24 @@ void macuseshort(const char *name, char *buffer, int32_t max);
 void macerase(const char *name);
 char *macnext(const char *payload, char *name);        // walk the globals
 
+// A number as macros hold it: "%18.0g" with a decimal point, unpadded. buf holds 32 bytes.
+// Returns the length.
+int32_t mac_numtext(double z, char *buf);
+// The first word of text as a list item (a blank ends it; quotes hold it together and are
+// taken off) into buf of max bytes. Returns the place behind it, or null when there is none.
+const char *mac_item(const char *text, char *buf, int32_t max, bool *quoted);
+bool mac_goodname(const char *name, size_t n);  // letters, digits, _; no digit first; 1 to 32
+// Sets _0 and _1, _2, ... of the level in force from the arguments of a call. 0, 198, 950 or
+// 1004 (its words printed); on failure the caller removes the level's macros.
+[[nodiscard]] int32_t mac_setargs(const char *args);
+// Text of an enclosing pair of quotes taken off in place; 198 without its closer.
+[[nodiscard]] int32_t mac_unquote(char **text, size_t *n);
+
 [[nodiscard]] int32_t macexp();   // expands console in place
+// References that floors above answer; null gives the empty text. .x of classes, and the
+// strings of gdi(), _gedi(), _sedi(). A code above 1 stops the expansion.
+extern int32_t (*mac_clsxpand)(const char *ref, std::string *result);
+extern int32_t (*mac_graphtext)(const char *fcn, const char *arg, std::string *result);
 enum mac_mode : int32_t {
     MG_DEFINE = 0, MG_LOCAL = 1, MG_GLOBAL = 2, MG_RETURN = 4, MG_ERETURN = 5, MG_SRETURN = 6,
     MG_CLOCAL = 7,

@@ -1,0 +1,27 @@
+*! remove the data from memory
+program clear
+	version 12.1
+	syntax [anything(name=what)]
+	local all = "`what'" == "_all" | "`what'" == "*"
+	if !inlist("`what'", "", "_all", "*", "results", "matrix", "programs", "ado") {
+		display as error `"`what' not allowed"'
+		exit 198
+	}
+	if "`what'" == "" | `all' {
+		drop _all
+		label drop _all
+	}
+	if "`what'" == "matrix" | `all' {
+		matrix drop _all
+	}
+	if `all' {
+		scalar drop _all
+	}
+	if inlist("`what'", "programs", "ado") | `all' {
+		program drop _allado
+	}
+	if "`what'" == "results" | `all' {
+		return clear
+		ereturn clear
+	}
+end

@@ -1,0 +1,5 @@
+*! change the storage type of variables
+program recast
+	version 12.1
+	_recast `0'
+end

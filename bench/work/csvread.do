@@ -1,0 +1,2 @@
+insheet using table.csv, clear
+summarize

@@ -1,0 +1,5 @@
+local i = 0
+while `i' < 200000 {
+	local ++i
+}
+display `i'
