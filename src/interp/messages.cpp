@@ -1,3 +1,4 @@
+#include "core/text.h"
 #include "interp/messages.h"
 #include "core/rc.h"
 #include "core/state.h"
@@ -72,7 +73,11 @@ char *loadmsg(char *buffer, int32_t index)
     const char *p = msgblock();
     for (; index; index--)
         p += strlen(p) + 1;
+<<<<<<< HEAD
     *stpncpy(buffer, p, 255) = 0;
+=======
+    strcut(buffer, 256, p);
+>>>>>>> main
     return buffer;
 }
 
