@@ -73,11 +73,7 @@ char *loadmsg(char *buffer, int32_t index)
     const char *p = msgblock();
     for (; index; index--)
         p += strlen(p) + 1;
-<<<<<<< HEAD
     *stpncpy(buffer, p, 255) = 0;
-=======
-    strcut(buffer, 256, p);
->>>>>>> main
     return buffer;
 }
 
