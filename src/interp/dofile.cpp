@@ -404,7 +404,7 @@ void read_keyboard(int32_t len)
         }
         if (got == KB_BREAK)
             stopflag = 0;
-        kb_tell_logs(console);
+        omltyped(oml_cur, console, !nokbrd);
         if (got != KB_TOOLONG)
             return;
         globalrc = errout(RC_LONGCMD, "input too long\n");

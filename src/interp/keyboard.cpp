@@ -1,6 +1,5 @@
 #include "interp/keyboard.h"
 #include "core/state.h"
-#include "output/oml.h"
 #include <cerrno>
 #include <unistd.h>
 
@@ -53,16 +52,6 @@ kb_answer kb_line(char *buffer, int32_t len)
     if (c == -1 && !any)
         return KB_EOF;
     return toolong ? KB_TOOLONG : KB_LINE;
-}
-
-void kb_tell_logs(const char *line)
-{
-    omlflush(oml_cur);
-    omlset_fd(oml_cur, -1);
-    omlsendraw(oml_cur, line);
-    omlsendraw(oml_cur, "\n");
-    omlflush(oml_cur);
-    omlset_fd(oml_cur, 1);
 }
 
 int32_t kb_key()

@@ -9,7 +9,5 @@ enum kb_answer : uint8_t { KB_LINE, KB_EOF, KB_BREAK, KB_TOOLONG };
 // line without an end counts. After KB_BREAK and KB_TOOLONG the buffer is empty and the rest
 // of the line is gone.
 kb_answer kb_line(char *buffer, int32_t len);
-// What was typed, for the logs: the screen shows it already, or shows nothing for a pipe.
-void kb_tell_logs(const char *line);
 // One key, or -1 at the end of input.
 int32_t kb_key();
