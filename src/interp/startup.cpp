@@ -275,6 +275,7 @@ static int32_t open_screen()
         complain("\r\nAllocation failure.\r\n");
         return -1;
     }
+    omlset_fd(oml_reswin, 1);
     omlset_pagelen(oml_reswin, set_pagesize);
     omlset_maxwidth(oml_reswin, set_linesize);
     sysinitmore(set_more ? 0 : 1);
