@@ -1,3 +1,4 @@
+#include "core/text.h"
 #include "interp/messages.h"
 #include "core/rc.h"
 #include "core/state.h"
@@ -72,7 +73,7 @@ char *loadmsg(char *buffer, int32_t index)
     const char *p = msgblock();
     for (; index; index--)
         p += strlen(p) + 1;
-    snprintf(buffer, 256, "%s", p);
+    *stpncpy(buffer, p, 255) = 0;
     return buffer;
 }
 

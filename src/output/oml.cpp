@@ -367,6 +367,18 @@ int32_t omlsendrawn(oml *o, const char *text, size_t n)
 }
 int32_t omlsendraw(oml *o, const char *text) { return omlsendrawn(o, text, strlen(text)); }
 
+void omltyped(oml *o, const char *line, bool onscreen)
+{
+    layout *l = o->lays;
+    l->paused = true;
+    omlsendraw(o, line);
+    omlsendraw(o, "\n");
+    l->paused = false;
+    o->lines = 0;
+    if (onscreen)
+        l->col = 0;
+}
+
 // ---- the scanner
 static inline bool namechar(char c)
 {

@@ -41,6 +41,8 @@ int omlquery_chars(const oml *o);
 
 int32_t omlsend(oml *o, const char *markup);     // both return stopflag
 int32_t omlsendraw(oml *o, const char *text);
+// A line that was typed goes to the logs only; onscreen tells that the terminal showed it.
+void omltyped(oml *o, const char *line, bool onscreen);
 void omlflush(oml *o);
 int32_t omlcolumn(const oml *o);                 // 1-based column of the next character
 
