@@ -29,7 +29,7 @@ static void heading(const char *text)
 
 // A count or a size as text that lives as long as the message.
 struct counted {
-    char s[64];
+    char s[160];
     counted(uint64_t n, const char *behind = "")
     {
         char num[40];
@@ -38,7 +38,7 @@ struct counted {
     }
 };
 struct sized {
-    char s[64];
+    char s[160];
     explicit sized(uint64_t n, const char *behind = "")
     {
         char num[24];

@@ -3,6 +3,10 @@
 #pragma once
 #include <cstdint>
 
+// Variables there were when generate began under by: what by goes back to when a group fails.
+// -1 when generate has not run since by set it so.
+extern int32_t byKvaronexit;
+
 // The smallest type at or above type that holds value exactly.
 uint8_t promoted_vartype(double value, uint8_t type);
 // Gives a variable another type, all rows, keeping its place, format, labels and

@@ -261,15 +261,15 @@ static int32_t mac_shift()
 int32_t macro(int32_t)
 {
     const char *tok = ti_gettok(tokinfo, prsestd);
-    if (!cmdcmp(tok, "define", 2))
+    if (cmdcmp(tok, "define", 2))
         return macgen(MG_DEFINE);
-    if (!cmdcmp(tok, "dir", 2))
+    if (cmdcmp(tok, "dir", 2))
         return *ti_gettok(tokinfo, prsestd) ? error(RC_SYNTAX) : mac_dir();
-    if (!cmdcmp(tok, "drop", 4))
+    if (cmdcmp(tok, "drop", 4))
         return mac_drop();
-    if (!cmdcmp(tok, "list", 1))
+    if (cmdcmp(tok, "list", 1))
         return mac_list();
-    if (!cmdcmp(tok, "shift", 1))
+    if (cmdcmp(tok, "shift", 1))
         return mac_shift();
     return error(RC_SYNTAX);
 }

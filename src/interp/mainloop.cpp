@@ -14,6 +14,7 @@
 #include <cstring>
 
 double rmsgtime;          // seconds the last command took, when set rmsg is on
+int32_t doreq_nest;
 static double started;
 
 int32_t getreq(bool fromprogram, bool newlinefirst)
@@ -117,9 +118,11 @@ int32_t doreq()
     exitflg = false;
     if (set_rmsg)
         started = clock_secs();
+    doreq_nest++;
     globalrc = expand();
     if (!globalrc)
         globalrc = run_next();
+    doreq_nest--;
     log_check();
 #ifdef OVATA_DEV
     if (sysdsa)
@@ -131,7 +134,9 @@ int32_t doreq()
         exitflg = false;
         return 0;
     }
-    show_rc_line();
+    // A code that comes out of a block or an if was told once, by the line around it.
+    if (!doreq_nest)
+        show_rc_line();
     return 1;
 }
 

@@ -73,7 +73,7 @@ char *loadmsg(char *buffer, int32_t index)
     const char *p = msgblock();
     for (; index; index--)
         p += strlen(p) + 1;
-    strcut(buffer, 256, p);
+    *stpncpy(buffer, p, 255) = 0;
     return buffer;
 }
 

@@ -94,4 +94,6 @@ extern int32_t psvfctr;                   // the level's preserved data, -1 none
 // At the end of a level with psvfctr not -1: brings the data back. rc is the level's code.
 [[nodiscard]] int32_t restore_atend(int32_t rc);
 void preserve_shutdown();                 // at the end of the process
-extern bool estrestore, hastmp_estheld;
+extern bool estrestore, hastmp_estheld;   // held estimates come back at exit; some were held
+void cleanesti();
+void estirestore();

@@ -40,9 +40,9 @@ void oml_lineout(oml *o, layout *)
 }
 
 // The console's prompt: the form, a key, and the form wiped again.
-int32_t sysmore(const char *, size_t, void *)
+int32_t sysmore(const char *text, size_t, void *)
 {
-    if (nokbrd || waiting == 1)
+    if (text || nokbrd || waiting == 1)
         return 0;
     const char *form = oml_moreform();
     size_t n = strlen(form);

@@ -178,8 +178,10 @@ static void twocol(oml *o, const int32_t *a, const omltext_t *body)
     EACH(o, lay_para(l, a[0], a[2], a[3], 0));
     oml_scan(o, body->p, body->n, false);
     EACH(o, {
-        if (lay_column(l) > a[1])
+        if (lay_column(l) > a[1]) {
             lay_break(l);
+            l->indent = std::min(a[1], l->width - 8);
+        }
         lay_col(l, a[1] + 1);
     });
 }

@@ -57,6 +57,15 @@ void sretval_clear();
 // The names of one sort (15 scalars, 5179 macros, 9 matrices; 0 functions) with blanks between.
 int32_t retval_names(int32_t kind, int32_t sort, std::string *out);
 int32_t retvals_dir(int32_t kind);  // the listing form; returns stopflag
+void retval_mark_dm();  // r() now holds records
+
+// ---- whole sets set aside under a name; kind is RK_R or RK_E. Silent.
+[[nodiscard]] int32_t held_hold(int32_t kind, const char *name);     // 0, 110, 950, 1000
+[[nodiscard]] int32_t held_restore(int32_t kind, const char *name, bool keep);  // 0, 111, 950
+[[nodiscard]] int32_t held_drop(int32_t kind, const char *name);     // _all too
+void held_droplevel(int32_t kind, int32_t level);  // those held at typelmac level or above
+int32_t held_dir(int32_t kind);
+bool held_last(int32_t kind, int32_t level, char *name);  // one held at that level; 33 bytes
 
 // _result(0..20) of old programs.
 extern double usresult[21];
