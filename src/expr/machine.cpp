@@ -204,11 +204,14 @@ static inline void start(xeqrun *m, xeqpgm *pgm, int32_t obs)
     m->sp = m->num;
     m->ss = m->str;
     m->ms = m->mat;
+    m->strict = false;
     m->rc = 0;
     if (obs == pgm->obs1)
         for (int32_t i = 0; i <= pgm->nsum; i++)
             pgm->sums[i] = 0;
 }
+
+void xeq_start(xeqrun *m, xeqpgm *pgm, int32_t obs) { start(m, pgm, obs); }
 
 static inline void ranges_of(const parinfo_t *pi, xeqpgm *pgm)
 {

@@ -26,7 +26,8 @@ struct xeqrun {
     char (*ss)[xq_slot];
     matslot *ms;
     bool allmissing;  // of the missing() under way
-    int32_t rc;       // of a matrix operation
+    bool strict;      // a matrix expression: failures end the run
+    int32_t rc;       // of the operation that ended it
     double num[xq_typestack + 2];
     char str[xq_strings + 2][xq_slot];
     matslot mat[xq_mats + 2];
@@ -36,7 +37,7 @@ void xeq_run(xeqrun *m);             // from pc to end
 void xeq_rare(xeqrun *m, int32_t op); // strings and what is not arithmetic
 bool xeq_dates(xeqrun *m, int32_t op); // false when op is none of its own
 void xeq_matrix(xeqrun *m, int32_t op);
-bool xeq_dist(xeqrun *m, int32_t op);
+void xeq_start(xeqrun *m, xeqpgm *pgm, int32_t obs);
 
 // What a result may be: a number inside the range, or misval.
 inline double xq_fin(double z) { return __builtin_fabs(z) < misval ? z : misval; }
