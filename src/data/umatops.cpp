@@ -578,7 +578,7 @@ static int32_t dimension(double n, int32_t *out)
 
 int32_t umat_const(const char *dst, double r, double c, double z)
 {
-    int32_t rows, cols;
+    int32_t rows = 0, cols = 0;
     int32_t rc = dimension(r, &rows);
     if (!rc)
         rc = dimension(c, &cols);
