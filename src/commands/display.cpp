@@ -218,7 +218,7 @@ static const struct {
 
 static int32_t run_directive(int32_t which, dispstate *d)
 {
-    int32_t n, rc;
+    int32_t n = 1, rc;
     if (which <= D_CHAR && (rc = number_arg(which == D_CHAR ? 0 : 1, &n)))
         return rc;
     switch (which) {

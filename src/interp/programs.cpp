@@ -333,7 +333,7 @@ int32_t pgmgen()
     if (rc)
         return rc;
     char name[33], properties[81] = "";
-    snprintf(name, sizeof name, "%s", tok);
+    memcpy(name, tok, strlen(tok) + 1);
     pgmopts o = {};
     o.isclass = reading_cls_pgm;
     if (ti_peektok_chr(tokinfo) && (rc = read_options(&o, properties, 80)))
