@@ -3,6 +3,7 @@
 // Columns are fitted to what they hold: one pass finds the widest value of each, a second
 // prints. A table wider than the line goes out as several tables of columns, one below the
 // other, each with the observation numbers in front.
+#include "core/text.h"
 #include "core/mem.h"
 #include "core/missing.h"
 #include "core/rc.h"
@@ -119,7 +120,7 @@ int32_t fit(listing *l)
         int32_t room = c.width > 8 ? c.width : 8;
         char full[246];
         str_abbrev(full, _varlist[c.var - 1], room);
-        snprintf(c.head, sizeof c.head, "%s", full);
+        strcut(c.head, sizeof c.head, full);
         int32_t h = int32_t(strlen(c.head));
         if (h > c.width)
             c.width = h;

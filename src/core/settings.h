@@ -34,6 +34,7 @@ enum set_hook : uint8_t {
     SH_FORMAT,    // cformat, pformat, sformat: a number format or nothing
     SH_ADOSIZE,
     SH_MEMORY,    // the old request for memory, answered with a note
+    SH_DP,
     SH_N,
 };
 
@@ -62,7 +63,7 @@ using set_fn = int32_t (*)(const setting *s, const char *text);
 extern set_fn set_hooks[SH_N];
 
 // The values themselves, for the code that acts by them.
-extern bool set_more, set_rmsg, set_trace, set_graphics, set_varabbrev_;
+extern bool set_more, set_rmsg, set_trace, set_graphics;
 extern int32_t set_linesize, set_pagesize, set_matsize, set_maxvar, set_tracedepth, set_maxiter,
     set_adosize, set_niceness;
 extern bool set_tracesep, set_traceindent, set_traceexpand, set_tracenumber;
@@ -70,6 +71,26 @@ extern double set_level;                 // confidence level in percent, 10 to 9
 extern char set_type[33];                // storage type of generate: byte int long float double
 extern char set_logtype[33], set_dp[33];
 extern bool set_mosastrict, set_mosalnum, set_mosaoptimize;
+
+extern bool set_checksum, set_httpproxy, set_httpproxyauth;
+extern int32_t set_linegap, set_scrollbufsize, set_textsize, set_timeout1, set_timeout2,
+    set_httpproxyport, set_mosacache, set_maxdb;
+extern char set_showbaselevels[33], set_showemptycells[33], set_showomitted[33],
+    set_lstretch[33], set_coeftabresults[33], set_charset[33], set_printcolor[33],
+    set_mosafavor[33];
+extern char set_cformat[500], set_pformat[500], set_sformat[500], set_scheme[500],
+    set_httpproxyhost[500], set_httpproxyuser[500], set_httpproxypw[500], set_tracehilite[500],
+    set_mosalibs[500], set_odbcmgr[500];
+
+// Checks text against a row and, with store, keeps it. 0; 1 not of its kind; 2 out of range.
+// Prints nothing and calls no hook; SK_ACT is always 0.
+int32_t setting_put(const setting *s, const char *text, bool store);
+// The value as text, 500 bytes; empty for SK_ACT. Returns buf.
+char *setting_text(const setting *s, char *buf);
+// What it may be, for messages: "on or off", "between 40 and 255", ... 500 bytes.
+char *setting_range(const setting *s, char *buf);
+// Variable and matrix limits as the edition starts with them.
+void get_user_mem_pref();
 
 // Preferences: text rows `name value` under the user's configuration directory
 // (XDG_CONFIG_HOME, else ~/.config, then ovata/preferences). A missing or unreadable file is

@@ -167,6 +167,8 @@ void dsa_chkpt_close(dsa_area *d, const dsa_chkpt *point, bool restore);
 [[nodiscard]] int32_t pi_dsa_mvvar(dsa_area *d, uint32_t from, uint32_t to,
                                    void (*renumber)(uint32_t from, uint32_t to));
 [[nodiscard]] int32_t dsa_mvesvartoend(dsa_area *d, const char *name);
+// A size in bytes, or with b, k, m or g behind it; a missing value gives 0. Returns 0 or 198.
+int32_t dsa_sizetext(const char *text, uint64_t *bytes);
 void drop_all();  // empties the dataset: variables, rows, labels, characteristics, datalbl
 
 // ---- cells. Numbers are not checked: callers hand in what exists.
@@ -210,7 +212,7 @@ void dsa_shutdown_fsa(dsa_area *d);
 [[nodiscard]] int32_t dsa_fsa_update(dsa_area *d);
 [[nodiscard]] int32_t dsa_fsa_update2(dsa_area *d, uint32_t n, bool force);
 [[nodiscard]] int32_t dsa_fsa_rebuild(dsa_area *d);
-[[nodiscard]] int32_t dsa_fsa_debug(dsa_area *d);
+[[nodiscard]] int32_t dsa_fsa_debug(const dsa_area *d);
 double dsa_fsa_speedtest(dsa_area *d, int32_t repeat);
 
 // 0 when R1 to R6 hold, else the number of the first rule broken.

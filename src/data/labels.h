@@ -42,3 +42,4 @@ void charrm(const char *owner);              // all of one owner; null of everyb
 void getvarlab(int32_t var, char *out);      // 81 bytes
 [[nodiscard]] int32_t putvarlab(int32_t var, const char *text);
 void renamevarlab(const char *oldname, const char *newname);
+void rmvarlab(const char *name);

@@ -7,14 +7,20 @@ enum sort_mode : int32_t { SORT_AUTO = 0, SORT_IVEC = 1, SORT_IVAR = 2, SORT_SWA
 // the range is the whole dataset. Codes: 0, 1 after a break (the list is then empty), 103.
 [[nodiscard]] int32_t sort_obs(const int32_t *keys, int32_t nkeys, int32_t first, int32_t last,
                                bool stable, int32_t mode);
+extern int32_t sort_lastmode;  // how the last sort moved rows; 0 when none moved
+// Rows to the places that a variable names (1 to N, each once); 459 when it does not.
 [[nodiscard]] int32_t sysidxsort(const char *name, bool breakable);
 bool sort_known(const int32_t *keys, int32_t nkeys);  // the sort list begins with the keys
 int32_t sort_compare(uint32_t a, uint32_t b, const int32_t *keys, int32_t nkeys);
 void sortnints(int32_t *values, int32_t n);
 int32_t uniqnints(int32_t *values, int32_t n);  // the new count
 // For commands that want an order without moving rows: fills idx[0..count) with the selected
-// observations in order; returns the count or a negated code.
+// observations in order, ties as they stand; returns the count or a negated code. sel has a
+// byte an observation, the first for observation 1; null selects all.
 int32_t sort_index(const int32_t *keys, int32_t nkeys, const uint8_t *sel, int32_t *idx);
+// The present order kept, level by level, and brought back (or let go). 196 when the
+// variables that held it were dropped.
+extern int32_t (*sort_onpreserve)(const char *name);  // publishes the name; a code undoes
 [[nodiscard]] int32_t sort_preserve();
 [[nodiscard]] int32_t sort_restore(bool back);
 uint32_t sortseed();

@@ -1,3 +1,4 @@
+#include "core/text.h"
 #include "core/rc.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -249,7 +250,7 @@ static int32_t newelement(const char **at, uint8_t type, const char *word)
         *at = takeword(*at + 1, lab, sizeof lab);
         if ((rc = chkname(lab, false)))
             return rc;
-        snprintf(pi_new[pi_nnew - 1].label, sizeof pi_new->label, "%s", lab);
+        strcut(pi_new[pi_nnew - 1].label, sizeof pi_new->label, lab);
         return 0;
     }
     const char *p = blanks(*at);

@@ -59,6 +59,8 @@ extern byenv by_waiting;
 extern dofile *dofilep;
 extern bool doeof;
 extern int32_t delimit;
+extern int32_t dofile_rc;     // why the do-file ended early: 0, 692 or 1004
+extern int32_t doreq_nest;    // lines of this do-file level under way, one inside the other
 dofile *dofopen(const char *name, int32_t *rc);
 int32_t getdofcm(dofile *f, int32_t *status);  // a character; status -1 end, -2 error
 void dofclos(dofile *f);

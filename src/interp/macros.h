@@ -54,4 +54,5 @@ enum mac_mode : int32_t {
 [[nodiscard]] int32_t macexfcn(std::string *result);
 [[nodiscard]] int32_t ti_maclistfcn(std::string *result);
 [[nodiscard]] int32_t tmpvcmd(int32_t kind);  // 0 tempvar, 1 tempname, 2 tempfile
-extern const char *const mac_extfcns[];       // the keywords; ends with null
+// Keyword i of the functions behind ":" (0-based); 0 past the last.
+int32_t mac_extword(int32_t i, const char **word);

@@ -32,6 +32,8 @@ struct pgmrec {
 enum : int32_t { PF_PROGRAM = 1, PF_PLUGIN = 2, PF_BOTH = 3 };
 // The record of that name a caller of class `owner` may see, of kind which; or null.
 void *pgmfind(const char *name, const char *owner, int32_t which);
+// As pgmfind for programs, loading its file when there is one; null without words otherwise.
+void *pgm_load(const char *name);
 int32_t pgm_nlines(const pgmrec *p);
 // Line i (0-based): the indent byte and the text; n is their length with the NUL.
 inline const char *pgm_line(const pgmrec *p, int32_t i, int32_t *n)
@@ -92,4 +94,6 @@ extern int32_t psvfctr;                   // the level's preserved data, -1 none
 // At the end of a level with psvfctr not -1: brings the data back. rc is the level's code.
 [[nodiscard]] int32_t restore_atend(int32_t rc);
 void preserve_shutdown();                 // at the end of the process
-extern bool estrestore, hastmp_estheld;
+extern bool estrestore, hastmp_estheld;   // held estimates come back at exit; some were held
+void cleanesti();
+void estirestore();

@@ -30,6 +30,8 @@ void omlreinitialize(oml *o);  // forget open styles, paragraph and column state
 int32_t omlset_maxwidth(oml *o, int32_t width);
 int32_t omlquery_maxwidth(const oml *o);
 void omlset_pagelen(oml *o, int32_t lines);
+// With a descriptor the routine only answers the more-prompt, being called with null text;
+// without one it takes the output too.
 void omlset_user(oml *o, oml_userfn fn, void *arg);
 void omlset_useroff(oml *o);
 void omlset_useron(oml *o);
@@ -39,6 +41,8 @@ int omlquery_chars(const oml *o);
 
 int32_t omlsend(oml *o, const char *markup);     // both return stopflag
 int32_t omlsendraw(oml *o, const char *text);
+// A line that was typed goes to the logs only; onscreen tells that the terminal showed it.
+void omltyped(oml *o, const char *line, bool onscreen);
 void omlflush(oml *o);
 int32_t omlcolumn(const oml *o);                 // 1-based column of the next character
 
@@ -48,12 +52,16 @@ int32_t omlcolumn(const oml *o);                 // 1-based column of the next c
 int32_t omlset_log_output(oml *o, int32_t fd, int32_t width);  // id, or -1 without memory
 int32_t omlset_log_input(oml *o, int32_t fd);                  // id, or -1
 void omllog_pause(oml *o, int32_t id, bool pause);
+void omllog_widths(oml *o, int32_t width);       // of all plain logs
+int32_t omllog_err(const oml *o, int32_t id);    // of one log
 int32_t omllog_close(oml *o, int32_t id);        // flushes; 0 or 693; the fd stays open
 int32_t oml_query_log_err(const oml *o);         // 0, or 693 after a failed log write
 
 // Paging. omlmore returns the key, or 0 when no prompt is due.
 int32_t omlmore(oml *o);
 void sysinitmore(int32_t moretime);
+// The routine a console hands to omlset_user: shows the prompt and waits for a key.
+int32_t sysmore(const char *text, size_t n, void *arg);
 
 // Printed width of a marked-up string, and its text without mark-up.
 int32_t lenofomcl(const char *markup);

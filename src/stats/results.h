@@ -7,6 +7,7 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 enum result_kind : int32_t { RK_R = 3, RK_RETURN = 4, RK_E = 5, RK_S = 6 };
 
@@ -32,8 +33,8 @@ extern bool lastest;
 void estval_clear();
 void estval_set_gscalar(double value, const char *name, int32_t cat = 0);
 void estval_set_glocal(const char *name, const char *text, int32_t cat = 0);
-void estval_reset_gscalar(double value, const char *name, int32_t cat = 0);
-void estval_reset_glocal(const char *name, const char *text, int32_t cat = 0);
+int32_t estval_reset_gscalar(double value, const char *name, int32_t cat = 0);  // 0 or 950
+int32_t estval_reset_glocal(const char *name, const char *text, int32_t cat = 0);  // 0 or 950
 void estval_erase(const char *name);
 [[nodiscard]] int32_t estval_internal_to_dynamic();
 double estval_get_double(const char *name);
@@ -48,9 +49,23 @@ void myretval_erase(const char *name);
 [[nodiscard]] int32_t myretval_add();
 void myretval_to_r();   // at a program's end: the hold becomes r()
 
+// The category of the item that a return or ereturn command is setting.
+extern int32_t savres_cat;
+
 void sretval_clear();
 [[nodiscard]] int32_t sretval_reset_local(const char *name, const char *text);
+// The names of one sort (15 scalars, 5179 macros, 9 matrices; 0 functions) with blanks between.
+int32_t retval_names(int32_t kind, int32_t sort, std::string *out);
 int32_t retvals_dir(int32_t kind);  // the listing form; returns stopflag
+void retval_mark_dm();  // r() now holds records
+
+// ---- whole sets set aside under a name; kind is RK_R or RK_E. Silent.
+[[nodiscard]] int32_t held_hold(int32_t kind, const char *name);     // 0, 110, 950, 1000
+[[nodiscard]] int32_t held_restore(int32_t kind, const char *name, bool keep);  // 0, 111, 950
+[[nodiscard]] int32_t held_drop(int32_t kind, const char *name);     // _all too
+void held_droplevel(int32_t kind, int32_t level);  // those held at typelmac level or above
+int32_t held_dir(int32_t kind);
+bool held_last(int32_t kind, int32_t level, char *name);  // one held at that level; 33 bytes
 
 // _result(0..20) of old programs.
 extern double usresult[21];

@@ -1,0 +1,163 @@
+// interp/mainloop.cpp - a line is fetched, expanded and run.
+#include "core/clock.h"
+#include "core/rc.h"
+#include "core/settings.h"
+#include "data/dsa.h"
+#include "interp/interp.h"
+#include "interp/macros.h"
+#include "interp/programs.h"
+#include "interp/trace.h"
+#include "output/log.h"
+#include "output/print.h"
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+double rmsgtime;          // seconds the last command took, when set rmsg is on
+int32_t doreq_nest;
+static double started;
+
+int32_t getreq(bool fromprogram, bool newlinefirst)
+{
+    if (fromprogram && runprog) {
+        if (pgm_getline())
+            return 1;
+        if (set_trace && procflg)
+            trace_line(console);
+        return 0;
+    }
+    for (;;) {
+        if (dofilep && stopflag)
+            return 1;
+        if (readcons(conslen, true, false, newlinefirst) || doeof)
+            return 1;
+        const char *p = console;
+        while (*p == ' ')
+            p++;
+        if (*p && *p != '*')
+            break;
+    }
+    ti_settok(tokinfo, console);
+    return 0;
+}
+
+// Is this the head of a loop, behind prefixes? A loop must see its own text unexpanded.
+static bool prefix_peek()
+{
+    toktype ti;
+    ti_settok(&ti, console);
+    const char *word = ti_gettok(&ti, prsestd);
+    while (cmdcmp(word, "capture", 3) || cmdcmp(word, "noisily", 1) ||
+           cmdcmp(word, "quietly", 1)) {
+        word = ti_gettok(&ti, prsestd);
+        if (!strcmp(word, ":"))
+            word = ti_gettok(&ti, prsestd);
+    }
+    return cmdcmp(word, "forvalues", 4) || cmdcmp(word, "foreach", 7) || cmdcmp(word, "while", 2);
+}
+
+// Dead lines are not expanded wherever they come from: what they name may not exist.
+static int32_t expand()
+{
+    mac_expanded = false;
+    if (!procflg || (!runprog && prefix_peek()))
+        return 0;
+    mac_expanded = !runprog;
+    if (!runprog || !set_trace || !set_traceexpand)
+        return macexp();
+    int32_t was = cmdhash(console);
+    int32_t rc = macexp();
+    if (!rc && cmdhash(console) != was)
+        trace_expanded(console);
+    return rc;
+}
+
+void show_rc_line()
+{
+    if (runprog || (!globalrc && !set_rmsg))
+        return;
+    if (globalrc == RC_BREAK) {
+        c_outlev = 3;
+        spoutsml("{err}{hline 2}Break{hline 2}\n");
+    }
+    c_outlev = 2;
+    if (globalrc)
+        spoutsmlf("{txt}{search r(%d):r(%d);}", globalrc, globalrc);
+    else
+        spout21("r;");
+    if (!set_rmsg) {
+        newline();
+        return;
+    }
+    double took = clock_secs() - started;
+    wallclock w = clock_wall();
+    rmsgtime = took;
+    spout21f(" t=%d.%02d %d:%02d:%02d\n", int(took), int(took * 100) % 100, w.hour, w.minute,
+             w.second);
+}
+
+#ifdef OVATA_DEV
+static void check_area()
+{
+    int32_t rule = dsa_check(sysdsa);
+    if (!rule)
+        return;
+    fprintf(stderr, "storage area breaks rule %d after: %s\n", rule, console);
+    abort();
+}
+#endif
+
+int32_t doreq()
+{
+    // Under nobreak a waiting break is kept for the end of the prefix.
+    if (!altstopflag_val)
+        altstopflag = 0;
+    stopflag = 0;
+    byvar = 0;
+    lastby = true;
+    exitflg = false;
+    if (set_rmsg)
+        started = clock_secs();
+    doreq_nest++;
+    globalrc = expand();
+    if (!globalrc)
+        globalrc = run_next();
+    doreq_nest--;
+    log_check();
+#ifdef OVATA_DEV
+    if (sysdsa)
+        check_area();
+#endif
+    if (exitflg) {
+        if (gexitflg)
+            sexit(0);
+        exitflg = false;
+        return 0;
+    }
+    // A code that comes out of a block or an if was told once, by the line around it.
+    if (!doreq_nest)
+        show_rc_line();
+    return 1;
+}
+
+int32_t run_line(const char *line)
+{
+    static char saved[8][conslen + 1];
+    static int32_t depth;
+    if (depth == 8 || strlen(line) > size_t(conslen))
+        return RC_LIMIT;
+    char cmdwas[sizeof cmd];
+    toktype tokens;
+    memcpy(saved[depth], console, strlen(console) + 1);
+    memcpy(cmdwas, cmd, sizeof cmd);
+    ti_borrow_gettok(tokinfo, &tokens);
+    depth++;
+    memmove(console, line, strlen(line) + 1);
+    ti_settok(tokinfo, console);
+    int32_t rc = run_next();
+    depth--;
+    memcpy(console, saved[depth], strlen(saved[depth]) + 1);
+    memcpy(cmd, cmdwas, sizeof cmd);
+    ti_return_gettok(tokinfo, &tokens);
+    return rc;
+}

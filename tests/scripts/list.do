@@ -1,0 +1,29 @@
+set obs 7
+generate x = _n/3
+generate byte g = mod(_n, 2)
+generate str12 s = "text " + string(_n)
+generate averyveryverylongname = _n*1000000
+replace x = .b in 3
+label define g 0 "even" 1 "odd"
+label values g g
+list
+list x g in 2/4, noobs
+list x s if g, clean noobs
+list g in f, nolabel
+list g in -2/l, separator(1)
+capture noisily list in 5/3
+display _rc
+capture noisily list in 1/8
+display _rc
+capture noisily list nosuch
+display _rc
+capture noisily by g: list in 1
+display _rc
+sort g x
+by g: list x s
+set linesize 40
+list
+list if x > 100
+drop _all
+capture noisily list
+display _rc

@@ -1,0 +1,31 @@
+set obs 12
+generate a = mod(_n, 3)
+generate b = mod(_n, 4) if _n != 4
+generate str5 s = substr("red  blue green", 1 + 5*a, 5)
+replace s = "" in 3
+label define a 0 "none" 1 "one" 2 "a rather long label"
+label values a a
+label variable a "how many of them there are in all"
+tabulate a
+tabulate b
+tabulate b, missing
+tabulate s, sort
+tabulate a b
+tabulate a b, row column cell
+tabulate a b, nofreq row nokey
+tabulate a s, missing nolabel
+return list
+tabulate a [fw=b]
+tabulate a, generate(d) matcell(f) matrow(v)
+list a d1-d3 in 1/4, nolabel
+matrix list f
+matrix list v
+tabulate a, plot
+capture noisily tabulate a b s
+display _rc
+capture noisily tabulate a if a > 7
+display _rc
+capture noisily tabulate
+display _rc
+sort b
+by b: tabulate a if b < 2
