@@ -111,4 +111,11 @@ struct crow {
     int32_t (*get)(char *s, double *z);  // 1 number, 2 string
 };
 extern const crow crows[];
+// What stands above and c() shows; filled by interp.
+struct creturn_above_t {
+    const char *(*sysdir)(const char *word);
+    const char *(*global)(const char *name);  // a global macro, or null
+    const double *rmsgtime;
+};
+extern creturn_above_t creturn_above;
 extern const int32_t ncrows;
