@@ -348,6 +348,7 @@ int32_t sinit0(int32_t argc, char **argv)
     if (o.logo)
         notes(false);
     set_graphics = true;
+    xeq_byquery = by_query;
     sinit_state = 17;
     c_outlev = 0;
     sinit_state = 18;
