@@ -249,3 +249,30 @@ TEST_F(MachineData, NothingBeyondTheDataIsRead)
     EXPECT_EQ(sat("s", 1), "");
     EXPECT_EQ(at("_N", 1), 0);
 }
+
+TEST_F(MachineData, BlocksGiveTheBitsOfSingleRuns)
+{
+    dsa_store(0, sysdsa, 5, 2);
+    dsa_store(-3.5, sysdsa, 5, 3);
+    for (const char *text :
+         {"b", "d*i+l/f-2", "d>.a", "d==f|b<20&!i", "sqrt(d)", "log(d-b)", "exp(d)", "int(d/3)",
+          "floor(d)", "ceil(-d)", "float(d/7)", "-d", "abs(d)", "d^2", "(d/b)^-.5", "1/d", "_n*_N",
+          "d>=_n", "d<=.", "d~=.b", "d*1e307", "_cons+_rc", "(1+(2+(3+(4+d))))"}) {
+        ASSERT_EQ(compile(text), 0) << text;
+        ASSERT_TRUE(xeq_can_block(&pgm)) << text;
+        for (bool modern : {true, false}) {
+            mvmodern = modern;
+            double out[n + 2];
+            xeq_block(&pi, &pgm, 1, n + 2, out);  // the last two rows do not exist
+            for (int32_t obs = 1; obs <= n + 2; obs++) {
+                double one = pi_xeq(&pi, &pgm, obs);
+                EXPECT_EQ(memcmp(&one, &out[obs - 1], 8), 0) << text << " " << obs;
+            }
+        }
+        mvmodern = true;
+    }
+    for (const char *text : {"sum(b)", "b[_n-1]", "runiform()", "name==\"ab\"", "name", "max(b,1)"}) {
+        ASSERT_EQ(compile(text), 0) << text;
+        EXPECT_FALSE(xeq_can_block(&pgm)) << text;
+    }
+}
