@@ -59,10 +59,13 @@ static bool good_name(const usejob *j, int32_t k, char *name)
         snprintf(name, 33, "_%.31s", rest);
     }
     bool again = chkreskeywrds_quietly(name) != 0;
-    char stem[33];
+    char stem[27], made[48];
     snprintf(stem, sizeof stem, "%.26s", name);
-    for (int32_t n = 1; again || sysfindvar(name); n++, again = false)
-        snprintf(name, 33, "%s%d", stem, n);
+    for (int32_t n = 1; again || sysfindvar(name); n++, again = false) {
+        snprintf(made, sizeof made, "%s%d", stem, n);
+        memcpy(name, made, 33);
+        name[32] = 0;
+    }
     return !strcmp(name, old);
 }
 
