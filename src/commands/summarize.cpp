@@ -200,8 +200,6 @@ void detail(const sumopts *o, int32_t var, const sample *s, const moments *m, co
             newline();
             continue;
         }
-        if (d.pct == 5)
-            spout21at(1, "                        Largest\n");
         *a = *b = *c = 0;
         if (d.pct >= 0)
             fmtnumtrim(a, sizeof a, h->pct[d.pct], f);
@@ -214,7 +212,10 @@ void detail(const sumopts *o, int32_t var, const sample *s, const moments *m, co
             spout21fat(1, "%2d%%", int(pcts[d.pct]));
         else
             spout21at(1, "   ");
-        spout21fat(0, "%13s%15s", a, b);
+        if (d.stat == 4)
+            spout21at(1, "                     Largest");
+        else
+            spout21fat(0, "%10s%15s", a, b);
         if (d.stat) {
             spout21fat(1, "       %-11s", d.label);
             spout21fat(0, "%14s", c);

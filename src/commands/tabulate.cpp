@@ -144,7 +144,7 @@ int32_t tally(tabcmd *t)
 const char *fnum(char *buf, size_t n, double f)
 {
     if (f == std::floor(f) && std::fabs(f) < 1e15)
-        snprintf(buf, n, "%s", fmt_comma(buf, f));
+        fmt_comma(buf, f);
     else
         fmtnumtrim(buf, n, f, "%10.0g");
     return buf;

@@ -1,6 +1,4 @@
 #include "core/settings.h"
-#include "core/limits.h"
-#include "core/missing.h"
 #include "core/numtext.h"
 #include "core/state.h"
 #include <cstdio>
@@ -142,10 +140,4 @@ char *setting_range(const setting *s, char *buf)
                  strchr(q + 1, '|') ? ", " : " or ");
     snprintf(buf + strlen(buf), 500 - strlen(buf), "%s", p);
     return buf;
-}
-
-void get_user_mem_pref()
-{
-    set_matsize = cur_edition->matsize;
-    set_maxvar = cur_edition->maxvar;
 }

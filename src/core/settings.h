@@ -89,8 +89,6 @@ int32_t setting_put(const setting *s, const char *text, bool store);
 char *setting_text(const setting *s, char *buf);
 // What it may be, for messages: "on or off", "between 40 and 255", ... 500 bytes.
 char *setting_range(const setting *s, char *buf);
-// Variable and matrix limits as the edition starts with them.
-void get_user_mem_pref();
 
 // Preferences: text rows `name value` under the user's configuration directory
 // (XDG_CONFIG_HOME, else ~/.config, then ovata/preferences). A missing or unreadable file is

@@ -52,7 +52,8 @@ int32_t dsa_sizetext(const char *text, uint64_t *bytes)
 static int32_t whole_number(const char *text, int64_t *n)
 {
     double z;
-    if (cnvstoz(text, &z) || z >= misval || z != double(int64_t(z)))
+    *n = 0;
+    if (cnvstoz(text, &z) || !(z > -1e15 && z < 1e15) || z != double(int64_t(z)))
         return invalid(text);
     *n = int64_t(z);
     return 0;

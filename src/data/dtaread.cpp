@@ -2,6 +2,7 @@
 //
 // A bad header leaves the data in memory alone. After that the memory is emptied, and a file
 // that turns out bad leaves it empty.
+#include "core/text.h"
 #include "core/clock.h"
 #include "core/files.h"
 #include "core/mem.h"
@@ -15,6 +16,7 @@
 #include "interp/messages.h"
 #include "output/fmt.h"
 #include "output/print.h"
+#include <string>
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
@@ -59,13 +61,10 @@ static bool good_name(const usejob *j, int32_t k, char *name)
         snprintf(name, 33, "_%.31s", rest);
     }
     bool again = chkreskeywrds_quietly(name) != 0;
-    char stem[27], made[48];
+    char stem[33];
     snprintf(stem, sizeof stem, "%.26s", name);
-    for (int32_t n = 1; again || sysfindvar(name); n++, again = false) {
-        snprintf(made, sizeof made, "%s%d", stem, n);
-        memcpy(name, made, 33);
-        name[32] = 0;
-    }
+    for (int32_t n = 1; again || sysfindvar(name); n++, again = false)
+        strcut(name, 33, (stem + std::to_string(n)).c_str());
     return !strcmp(name, old);
 }
 

@@ -43,6 +43,10 @@ inline double umat_el(const umat *m, int32_t i, int32_t j)  // 1-based
 int32_t umat_findname(const umatname *stripe, int32_t n, const char *text, bool last);
 void umat_defstripe(umatname *stripe, int32_t n, char letter);
 
+// Room for matsize by matsize numbers that operations use for their result while it stands
+// here; else each takes its own.
+extern double *umat_scratch;
+
 // Operations into a destination, which may be an operand. Names follow the usual rules: a sum
 // and a scaling keep the left (first) operand's, a product takes rows from the left and
 // columns from the right, a transpose and an inverse exchange them.
@@ -61,7 +65,6 @@ enum umat_uop : uint8_t {
                                int32_t c2, const char *dst);
 [[nodiscard]] int32_t umat_ident(const char *dst, double n);
 [[nodiscard]] int32_t umat_const(const char *dst, double r, double c, double z);
-[[nodiscard]] int32_t umat_uniform(const char *dst, double r, double c);
 // Numbers from matrices; misval where not defined (det and trace of a matrix that is not square
 // give 503 through rc).
 double umat_trace(const matref *a, int32_t *rc);

@@ -75,6 +75,10 @@ char *sxeq(xeqpgm *pgm, int32_t obs, char *buffer);   // string program, 246 byt
 [[nodiscard]] int32_t xeqmat_g(xeqpgm *pgm, const char *name, char namekind, double *valueout);
 [[nodiscard]] int32_t xeqmat_mat(xeqpgm *pgm, const char *name, char namekind);
 
+// What _by() and kin ask; by fills the hook, and without it they answer as outside by.
+enum xq_byask : uint8_t { BQ_BY, BQ_LASTCALL, BQ_INDEX, BQ_N1, BQ_N2 };
+extern double (*xeq_byquery)(xq_byask ask);
+
 // For a caller with text at hand and no dataset in mind (macros, if of programs, options):
 // compiles and runs at observation 1. num or str (246 bytes) is set by the result; isstr says
 // which. The literal pools, parinfo and ti are as before on return.
@@ -88,10 +92,13 @@ struct fcnrow {
     int16_t opcode;   // 0 ends the table
     uint8_t nargs;
     uint8_t argtype, restype;
+    bool later;       // its routine is not built yet: refused when compiled, 133
 };
 extern const fcnrow fcntable[];
 const fcnrow *fcn_find(const char *name);
 extern const char *const fcn_byname[];  // the names handled one by one; ends with null
+inline constexpr const char *fcn_later_words =
+    "this function is not available in this version of Ovata\n";
 
 // ---- system values
 // 1 a number, 2 a string (500 bytes), 0 unknown.
@@ -104,4 +111,11 @@ struct crow {
     int32_t (*get)(char *s, double *z);  // 1 number, 2 string
 };
 extern const crow crows[];
+// What stands above and c() shows; filled by interp.
+struct creturn_above_t {
+    const char *(*sysdir)(const char *word);
+    const char *(*global)(const char *name);  // a global macro, or null
+    const double *rmsgtime;
+};
+extern creturn_above_t creturn_above;
 extern const int32_t ncrows;

@@ -186,7 +186,10 @@ int32_t sel_dead()
 
 int32_t command(int32_t);
 
-int32_t selreq()
+// Prefixes, blocks and levels all come back here: this is where nesting is bounded.
+static constexpr int32_t maxselect = 1000;
+
+static int32_t select_row()
 {
     _i_Kvar = _Kvar;
     pi_allow_reset(parinfo);
@@ -208,6 +211,17 @@ int32_t selreq()
         return opbrace();
     const cmdrow *row = cmd_row(cmd, 0);
     return row ? row->handler(row->arg) : sel_program();
+}
+
+int32_t selreq()
+{
+    static int32_t depth;
+    if (depth >= maxselect)
+        return error(RC_LIMIT);
+    depth++;
+    int32_t rc = select_row();
+    depth--;
+    return rc;
 }
 
 int32_t run_next()

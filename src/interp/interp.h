@@ -81,6 +81,7 @@ int32_t srchfile(const char *name, bool usesys, char *result);
 // A code word of S_ADO or `sysdir` (OVATA, BASE, SITE, ...) to its directory, with its
 // separator at the end; null when it is none. sysdir_set changes one: 0, or 198.
 const char *sysdir_of(const char *word);
+extern double rmsgtime;  // seconds the last command took, with set rmsg on
 [[nodiscard]] int32_t sysdir_set(const char *word, const char *path);
 extern const char *const sysdir_words[];  // in the order of the listing; ends with null
 // The subdirectory of the ado directories that holds a file: its first letter, lower case.

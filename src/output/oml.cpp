@@ -232,10 +232,11 @@ int32_t omlset_log_input(oml *o, int32_t fd)
     int32_t id = addlog(o, fd, true, 79);
     if (id < 0)
         return id;
+    bool fresh = lseek(fd, 0, SEEK_END) <= 0;  // a log that goes on has its mark already
     o->nmarkup++;
     for (layout *l = o->lays; l; l = l->next)
         if (l->id == id)
-            io_put(&l->io, "{omcl}\n{txt}", 12);
+            io_put(&l->io, fresh ? "{omcl}\n{txt}" : "{txt}", fresh ? 12 : 5);
     o->style = ST_TXT;
     return id;
 }
@@ -252,9 +253,9 @@ void omllog_pause(oml *o, int32_t id, bool pause)
     if (layout *l = findlog(o, id))
         l->paused = pause;
 }
-void omllog_width(oml *o, int32_t id, int32_t width)
+void omllog_widths(oml *o, int32_t width)
 {
-    if (layout *l = findlog(o, id))
+    for (layout *l = o->lays->next; l; l = l->next)
         l->width = std::clamp(width, 40, 255);
 }
 int32_t omllog_err(const oml *o, int32_t id)

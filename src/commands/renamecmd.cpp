@@ -1,0 +1,38 @@
+// commands/renamecmd.cpp - rename: one variable.
+#include "core/rc.h"
+#include "core/state.h"
+#include "data/dsa.h"
+#include "data/labels.h"
+#include "data/variables.h"
+#include "interp/messages.h"
+#include "interp/tokens.h"
+#include <cstdio>
+#include <cstring>
+
+int32_t renvar(int32_t)
+{
+    char from[33], to[504];
+    snprintf(to, sizeof to, "%s", ti_gettok(tokinfo, prsevar));
+    int32_t var = ovata_findvar(to, 1, !ovata_varabbrev);
+    if (var < 0)
+        return -var;
+    snprintf(to, sizeof to, "%s", ti_gettok(tokinfo, prsevar));
+    int32_t rc = chkname(to, false);
+    if (rc)
+        return rc;
+    if (*ti_gettok(tokinfo, prsevar))
+        return error(RC_SYNTAX);
+    if (!sysflag && ((rc = chkreskeywrds(to))))
+        return rc;
+    strcpy(from, _varlist[var - 1]);
+    if (!strcmp(from, to))
+        return 0;
+    if (sysfindvar(to))
+        return error2(3, to);
+    if ((rc = charrename(from, to)))
+        return rc;
+    renamevarlab(from, to);
+    strcpy(_varlist[var - 1], to);
+    s_updata = newdata = true;
+    return 0;
+}

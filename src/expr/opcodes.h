@@ -1,0 +1,122 @@
+// expr/opcodes.h - the words of a compiled expression.
+//
+// Numbers are grouped by what the machine does with them, so that its jump stays dense. An
+// operation takes its first argument from the top of the stack of its type; the two sides of
+// an operator lie the other way round, the right one on top. "operand" means one more word.
+#pragma once
+#include <cstdint>
+
+enum opcode : int16_t {
+    OP_END = 0,
+    // logic, comparison, arithmetic
+    OP_OR = 1, OP_AND = 2, OP_EQ = 3, OP_NE = 4, OP_GE = 5, OP_LE = 6, OP_LT = 7, OP_GT = 8,
+    OP_ADD = 9, OP_SUB = 10, OP_MUL = 11, OP_POW = 12, OP_DIV = 13,
+    OP_CHIPROB = 14, OP_GAMMAP_OLD = 15, OP_TPROB = 16, OP_INVT = 17,
+    OP_NOT = 18, OP_ABS = 19, OP_UNIFORM0 = 20,
+    OP_NUM = 21,           // operand: 1-based index into the numbers
+    OP_SUM = 22,           // operand: slot
+    OP_CAT = 23, OP_LENGTH = 24, OP_REAL = 25, OP_DATE_OLD = 26, OP_STRPOS = 27,
+    OP_STRING = 28,        // operand: 1 or 2 arguments
+    OP_SUBSTR = 29, OP_LOWER = 30, OP_UPPER = 31, OP_LTRIM = 32, OP_RTRIM = 33, OP_TRIM = 34,
+    OP_STR = 35,           // operand: byte offset into the strings
+    OP_SVARSUB = 36, OP_SVAR = 37,  // operand: variable
+    OP_SEQ = 38, OP_SGE = 39, OP_SLE = 40, OP_SLT = 41, OP_SGT = 42, OP_SNE = 43,
+    OP_TRACE = 44, OP_DET = 45, OP_MRELDIF = 46, OP_ROWSOF = 47, OP_COLSOF = 48,
+    OP_ROWNUMB = 49, OP_COLNUMB = 50, OP_MATEL = 51, OP_DIAG0CNT = 52,
+    OP_FLOAT = 53, OP_NEG = 54,
+    // functions of one number for which every missing value is misval
+    OP_LOG = 55, OP_EXP = 56, OP_SQRT = 57, OP_NORMAL = 58, OP_INVNORMAL = 59, OP_ATAN = 60,
+    OP_SIN = 61, OP_COS = 62, OP_SIGN = 63, OP_LNGAMMA = 64, OP_LOG10 = 65, OP_TAN = 66,
+    OP_ASIN = 67, OP_ACOS = 68, OP_NORMALDEN1 = 69, OP_DIGAMMA = 70, OP_TRIGAMMA = 71,
+    OP_INT = 72, OP_GROUP = 73,
+    OP_VAR = 74, OP_VARSUB = 75,    // operand: variable
+    OP_OBS = 76, OP_NOBS = 77,
+    OP_RECODE = 78,        // operand: arguments
+    OP_COND = 79,          // operand: 3 or 4 arguments
+    OP_FTAIL_OLD = 80, OP_F_OLD = 81, OP_INVFTAIL_OLD = 82, OP_INVF_OLD = 83,
+    OP_CONS = 84, OP_RC = 85, OP_AUTOCODE = 86,
+    OP_MAX = 87, OP_MIN = 88, OP_ROUND = 89,  // operand: arguments
+    OP_MOD = 90,
+    OP_COEF = 91,          // operand: position of a coefficient; does nothing
+    OP_RESULT = 92,
+    OP_MDY = 93, OP_DOW = 94, OP_DAY = 95, OP_MONTH = 96, OP_YEAR = 97,
+    OP_RUNIFORM = 98,
+    OP_BINORMAL = 99, OP_COMB = 100, OP_GAMMAP = 101, OP_IBETA = 102, OP_IBETATAIL = 103,
+    OP_INVCHI = 104, OP_INVNCHI = 105, OP_LNFACTORIAL = 106, OP_CHI2 = 107, OP_NCHI2 = 108,
+    OP_FVVAR = 109,        // operand: offset of a recipe
+    OP_CONDSTR = 110,      // operand: 3 or 4 arguments
+    // matrices
+    OP_MATSTR = 111,       // a string on the stack names the matrix
+    OP_MAT = 112,          // operand: offset of the name; so too 143 to 145
+    OP_MATIDENT = 113, OP_MATCONST = 114, OP_MATUNIFORM = 115, OP_MATNEG = 116,
+    OP_NUMPLUSMAT = 117, OP_MATADD = 118, OP_NUM2MAT = 119, OP_MATMUL = 120,
+    OP_RECIPROCAL = 121, OP_MATSCALE = 122, OP_TRANSPOSE = 123, OP_COLJOIN = 124,
+    OP_ROWJOIN = 125, OP_KRON = 126, OP_SYMINV = 127, OP_CORR = 128, OP_DIAG = 129,
+    OP_VECDIAG = 130, OP_CHOLESKY = 131, OP_INV = 132, OP_SWEEP = 133,
+    OP_NAMEDMAT = 134,     // operand: 0 nullmat, 1 get; the name is a string on the stack
+    OP_DUP = 135,
+    OP_NAMEPOS = 136,      // operand: 1 row, 2 column; string to first position
+    OP_NAMEPOSEND = 137,   // the same, to the last position
+    OP_SUBMATRIX = 138, OP_EL = 139,
+    OP_NORMALDEN2 = 141, OP_DATE_OLD3 = 142,
+    OP_MATE = 143, OP_MATR = 144, OP_MATRETURN = 145,
+    // days and their relations
+    OP_DOFY = 146, OP_DOFH, OP_DOFQ, OP_DOFM, OP_DOFW, OP_HOFD, OP_QOFD, OP_MOFD, OP_WOFD,
+    OP_YOFD, OP_HALFYEAR, OP_QUARTER, OP_WEEK, OP_DOY,
+    OP_YEARLY = 160, OP_YEARLY3, OP_HALFYEARLY, OP_HALFYEARLY3, OP_QUARTERLY, OP_QUARTERLY3,
+    OP_MONTHLY, OP_MONTHLY3, OP_WEEKLY, OP_WEEKLY3,
+    OP_YW = 170, OP_YM, OP_YQ, OP_YH, OP_DOFD,
+    OP_SUBINSTR = 176, OP_SUBINWORD = 177, OP_INRANGE = 178, OP_INRANGESTR = 179,
+    OP_INLIST = 180, OP_INLISTSTR = 181,  // operand: arguments
+    OP_STRMATCH = 182, OP_ABBREV = 183, OP_BY = 184, OP_BYLASTCALL = 185, OP_BYINDEX = 186,
+    OP_CHI2_OLD = 187, OP_INVCHI2_OLD, OP_INVCHI2TAIL_OLD, OP_INVNCHI2_OLD, OP_NPNCHI2_OLD,
+    OP_BINOMIAL_OLD, OP_INVBINOMIAL_OLD,
+    OP_SERSET = 194, OP_STRSERSET = 195, OP_FLOOR = 196, OP_CEIL = 197, OP_CLIP = 198,
+    OP_CHOP = 199, OP_CLS = 200, OP_SCLS = 201, OP_PLURAL = 202, OP_PLURAL3 = 203,
+    OP_IRECODE = 204,      // operand: arguments
+    OP_CHAR = 205, OP_HADAMARD = 206, OP_VEC = 207, OP_MATMISSING = 208,
+    OP_MISSBEGIN = 209, OP_MISSNUM = 210, OP_MISSSTR = 211, OP_MISSEND = 212, OP_WORD = 213,
+    OP_WORDCOUNT = 214, OP_BYN1 = 215, OP_BYN2 = 216, OP_RELDIF = 217, OP_NORMALDEN3 = 218,
+    OP_LOGIT = 219, OP_INVLOGIT = 220, OP_INVGAMMAP_OLD = 221, OP_CLOGLOG = 222,
+    OP_INVCLOGLOG = 223, OP_ATAN2 = 224, OP_IBETA_OLD = 225, OP_REPLAY = 226,
+    OP_LNNORMAL = 227, OP_TTAIL_OLD = 228, OP_ISSYM = 229, OP_TANH = 230, OP_ATANH = 231,
+    OP_INVTTAIL_OLD = 232, OP_INVIBETA_OLD = 233, OP_INVNIBETA_OLD = 234,
+    OP_INVNFTAIL_OLD = 235,
+    OP_STRREVERSE = 242, OP_PROPER = 243, OP_ITRIM = 244, OP_REGEXM = 245, OP_REGEXR = 246,
+    OP_REGEXS = 247, OP_INDEXNOT = 251, OP_STRSUBDP = 252,
+    OP_LNNORMALDEN1 = 254, OP_LNNORMALDEN2 = 255, OP_LNNORMALDEN3 = 256,
+    // distributions
+    OP_F = 257, OP_FTAIL = 258, OP_FDEN = 259, OP_BINOMIAL_UPPER = 260, OP_INVF = 261,
+    OP_CHI2TAIL = 262, OP_INVFTAIL = 263, OP_INVCHI2 = 264, OP_INVCHI2TAIL = 265,
+    OP_INVNCHI2 = 266, OP_NPNCHI = 267, OP_NPNCHI2 = 268, OP_BINOMIALTAIL = 269,
+    OP_BINOMIAL = 270, OP_INVBINOMIAL = 271, OP_INVBINOMIALTAIL = 272, OP_GAMMAPTAIL = 273,
+    OP_DGAMMAPDA = 274, OP_DGAMMAPDX = 275, OP_DGAMMAPDADA = 276, OP_DGAMMAPDADX = 277,
+    OP_DGAMMAPDXDX = 278, OP_INVGAMMAP = 279, OP_INVGAMMAPTAIL = 280, OP_LNBK = 281,
+    OP_DIBK = 282, OP_TRIBK = 283, OP_HYP2F1 = 284, OP_EABSK = 285, OP_TTAIL = 286,
+    OP_INVTTAIL = 287, OP_GAMMADEN = 288, OP_BETADEN = 289, OP_INVIBETA = 290,
+    OP_INVIBETATAIL = 291, OP_NBETADEN = 292, OP_NIBETA = 293, OP_INVNIBETA = 294,
+    OP_NFDEN = 295, OP_NFTAIL = 296, OP_INVNFTAIL = 297, OP_TDEN = 298, OP_E1OVERKBIN = 299,
+    OP_E1OVERKHYP = 300,
+    // clocks
+    OP_COFC_UP = 302, OP_COFC_DOWN = 303, OP_CLOCK = 304, OP_CLOCK3 = 305, OP_CCLOCK = 306,
+    OP_CCLOCK3 = 307, OP_DATE = 308, OP_DATE3 = 309, OP_HOURS = 310, OP_MINUTES = 311,
+    OP_SECONDS = 312, OP_HH = 313, OP_MM = 314, OP_SS = 315, OP_HHC = 316, OP_MMC = 317,
+    OP_SSC = 318, OP_DOFC = 319, OP_DOFCC = 320, OP_COFD = 321, OP_CCOFD = 322,
+    OP_FMTWIDTH = 323, OP_DHMS = 324, OP_CDHMS = 325, OP_MDYHMS = 326, OP_CMDYHMS = 327,
+    OP_MSOFHOURS = 328, OP_MSOFMINUTES = 329, OP_MSOFSECONDS = 330, OP_HMS = 331,
+    OP_CHMS = 332,
+    // variates
+    OP_RNORMAL0 = 333, OP_RNORMAL1 = 334, OP_RNORMAL2 = 335, OP_RBETA = 336, OP_RGAMMA = 337,
+    OP_RPOISSON = 338, OP_RBINOMIAL = 339, OP_RHYPERGEOMETRIC = 340, OP_RNBINOMIAL = 341,
+    OP_RT = 342, OP_RCHI2 = 343,
+    OP_POISSON = 344, OP_POISSONTAIL = 345, OP_POISSONP = 346, OP_INVPOISSON = 347,
+    OP_INVPOISSONTAIL = 348, OP_BINOMIALP = 349, OP_NBINOMIAL = 350, OP_NBINOMIALTAIL = 351,
+    OP_NBINOMIALP = 352, OP_INVNBINOMIAL = 353, OP_INVNBINOMIALTAIL = 354,
+    OP_HYPERGEOMETRIC = 355, OP_HYPERGEOMETRICP = 356,
+    OP_FVFACTOR = 357, OP_FVTERM = 358, OP_FVINTERACTION = 359,
+    OP_SINH = 360, OP_ASINH = 361, OP_COSH = 362, OP_ACOSH = 363, OP_SOUNDEX = 364,
+    OP_SOUNDEX_NARA = 365, OP_STRTONAME = 366,
+    OP_SRANGEPROB = 368, OP_INVSRANGEPROB = 369, OP_DUNNETTPROB = 370, OP_INVDUNNETTPROB = 371,
+    OP_DOFB = 374, OP_BOFD = 375,
+    OP_N = 376,
+};
