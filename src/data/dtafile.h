@@ -14,6 +14,7 @@ struct dtahdr {
 
 struct dta_saveopts {
     bool replace, label, orphans, oldformat, all, emptyok;
+    const char *esample;  // the estimation-sample variable, or null: left out unless all
 };
 // Writes the dataset in memory. A failed write removes the file. Prints its words and notes.
 [[nodiscard]] int32_t dta_save(const char *name, const dta_saveopts *o);

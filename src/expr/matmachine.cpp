@@ -9,11 +9,7 @@
 #include "expr/machine.h"
 #include "interp/messages.h"
 #include "stats/results.h"
-#if __has_include("stats/random.h")
 #include "stats/random.h"
-#else
-double urnuni();
-#endif
 #include <cstdio>
 #include <cstring>
 

@@ -9,11 +9,7 @@
 #include "output/fmt.h"
 #include "output/print.h"
 #include "stats/normal.h"
-#if __has_include("stats/random.h")
 #include "stats/random.h"
-#else
-double urnuni();
-#endif
 #include "stats/results.h"
 #include <cmath>
 #include <cstring>
@@ -373,7 +369,8 @@ static bool plain_op(xeqrun *m, int32_t op)
     case OP_INLIST: counted(m, op); break;
     case OP_INRANGE: inrange(m); break;
     case OP_RESULT: *a = old_result(*a); break;
-    case OP_UNIFORM0: case OP_RUNIFORM: *++m->sp = urnuni(); break;
+    case OP_UNIFORM0: *++m->sp = ovrandom(); break;
+    case OP_RUNIFORM: *++m->sp = urnuni(); break;
     case OP_BY: *++m->sp = by_answer(m, BQ_BY); break;
     case OP_BYLASTCALL: *++m->sp = by_answer(m, BQ_LASTCALL); break;
     case OP_BYINDEX: *++m->sp = by_answer(m, BQ_INDEX); break;

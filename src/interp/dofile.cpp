@@ -402,9 +402,11 @@ void read_keyboard(int32_t len)
             newline();
             sexit(0);
         }
-        if (got == KB_BREAK)
-            stopflag = 0;
         omltyped(oml_cur, console, !nokbrd);
+        if (got == KB_BREAK) {
+            stopflag = 0;
+            newline();
+        }
         if (got != KB_TOOLONG)
             return;
         globalrc = errout(RC_LONGCMD, "input too long\n");
