@@ -267,7 +267,7 @@ int32_t markcmd(int32_t)
 int32_t markout(int32_t)
 {
     sample s;
-    int32_t marker, rc = markvar(&marker);
+    int32_t marker = 0, rc = markvar(&marker);
     if (rc)
         return rc;
     const char *b = ti_wheretok(tokinfo), *comma = strchr(b, ',');
