@@ -80,12 +80,12 @@ const char *event_text(int32_t event, char *buf)
 
 void history_detail(const dsa_hist *h)
 {
-    spout21("\n     seq  event                     arg      width      S        _No_       lrec\n");
+    spout21("\n   seq  event                    arg    width     S       _No_    lrec\n");
     for (int32_t i = 0; i < dsa_nhist && !stopflag; i++) {
         const dsa_histrec *r = &h->ring[(h->pos + i) % dsa_nhist];
         char buf[24];
         if (r->seq)
-            spout21f("%8" PRIu64 "  %-16s %12" PRId64 " %10" PRIu64 " %6u %11u %10" PRIu64 "\n",
+            spout21f("%6" PRIu64 "  %-16s %11" PRId64 " %8" PRIu64 " %5u %10u %7" PRIu64 "\n",
                      r->seq, event_text(r->event, buf), r->arg, r->width, r->S, r->No, r->lrec);
     }
 }

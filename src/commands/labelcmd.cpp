@@ -409,7 +409,9 @@ int32_t label_drop()
         return error(RC_SYNTAX);
     for (const std::string &name : v)
         dmrm(vlfind(name.c_str()));
-    s_updata = upValLabel = true;
+    upValLabel = true;
+    if (_i_Kvar > 0)
+        s_updata = true;
     return 0;
 }
 

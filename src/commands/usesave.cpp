@@ -237,7 +237,8 @@ int32_t use(int32_t)
     int32_t rc;
     if ((rc = split(line.data(), &u)) || (rc = options(&u, &clear, &nolabel)))
         return rc;
-    if (s_updata && !clear)
+    // An empty memory has nothing to lose, however it became empty.
+    if (s_updata && !clear && (_i_Kvar > 0 || _Nobs > 0))
         return error(RC_DATACHANGED);
     if ((rc = file_vars(&u, &wanted)))
         return rc;
