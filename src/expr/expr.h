@@ -70,6 +70,12 @@ struct parinfo_t;
 // Runs a numeric program at an observation with pi's range. Never NaN, never infinite.
 double pi_xeq(parinfo_t *pi, xeqpgm *pgm, int32_t obs);
 double xeqforby(xeqpgm *pgm, int32_t obs);            // ranges as stored in pgm
+// Many observations at once, for programs that read their own row only and leave no trace (no
+// subscripts, no sum(), no random numbers): the values of obs to obs + n - 1, n at most
+// xq_block, as pi_xeq gives them.
+inline constexpr int32_t xq_block = 256;
+bool xeq_can_block(const xeqpgm *pgm);
+void xeq_block(parinfo_t *pi, xeqpgm *pgm, int32_t obs, int32_t n, double *out);
 char *sxeq(xeqpgm *pgm, int32_t obs, char *buffer);   // string program, 246 bytes; buffer
 // A matrix or numeric program: the matrix is left under name; a number goes to valueout.
 [[nodiscard]] int32_t xeqmat_g(xeqpgm *pgm, const char *name, char namekind, double *valueout);

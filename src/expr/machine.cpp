@@ -152,16 +152,7 @@ void xeq_run(xeqrun *m)
             *sp = xq_fin(total);
             break;
         }
-        case OP_FLOAT: {
-            float f;
-            if (std::fabs(*sp) <= max_ovfloat)
-                *sp = double(float(*sp));
-            else {
-                (void)ovfloat(*sp, &f);
-                *sp = ovdouble_of_ovfloatp(&f);
-            }
-            break;
-        }
+        case OP_FLOAT: *sp = xq_float(*sp); break;
         case OP_SVAR: read_string(*++m->ss, m->row, *pc++); break;
         case OP_SVARSUB: read_string(*++m->ss, row_at(m, *sp--), *pc++); break;
         case OP_STR: strcpy(*++m->ss, ssystak + *pc++); break;

@@ -4,6 +4,7 @@
 #include "expr/opcodes.h"
 #include "core/missing.h"
 #include "data/umat.h"
+#include "data/variables.h"
 
 inline constexpr int32_t xq_slot = 246;  // bytes of a string on the stack
 
@@ -41,3 +42,13 @@ void xeq_start(xeqrun *m, xeqpgm *pgm, int32_t obs);
 
 // What a result may be: a number inside the range, or misval.
 inline double xq_fin(double z) { return __builtin_fabs(z) < misval ? z : misval; }
+
+// Rounded as a float variable rounds.
+inline double xq_float(double z)
+{
+    if (__builtin_fabs(z) <= max_ovfloat)
+        return double(float(z));
+    float f;
+    (void)ovfloat(z, &f);
+    return ovdouble_of_ovfloatp(&f);
+}

@@ -1,4 +1,5 @@
 #include "exprhelp.h"
+#include "data/variables.h"
 #include <gtest/gtest.h>
 #include <cmath>
 #include <vector>
@@ -120,4 +121,158 @@ TEST(machine, DatesFromLiteralsAndParts)
            {"date(\"21 nov 2026\",\"DMY\")", 24431}, {"dhms(1,0,0,1)", 86401000},
            {"mdyhms(1,2,1960,0,0,1)", 86401000}, {"ym(1960,3)", 2}, {"quarterly(\"1960q2\",\"YQ\")", 1},
            {"mdy(2,30,2000)", misval}, {"year(.)", misval}, {"doy(d(31dec2000))", 366}});
+}
+
+// ---- over a dataset
+
+class MachineData : public ::testing::Test {
+protected:
+    static constexpr int32_t n = 9;
+    xeqpgm pgm;
+    toktype ti;
+    std::string line;
+    parinfo_t pi{};
+
+    void SetUp() override
+    {
+        if (!sysdsa) {
+            ASSERT_EQ(sinit0_dsa(), 0);
+        }
+        drop_all();
+        ASSERT_EQ(dsa_add_obs(sysdsa, n, true), 0);
+        const struct {
+            uint8_t type;
+            const char *name;
+        } vars[] = {{T_BYTE, "b"}, {T_INT, "i"}, {T_LONG, "l"}, {T_FLOAT, "f"}, {T_DOUBLE, "d"},
+                    {5, "name"}};
+        for (auto &v : vars)
+            ASSERT_GT(addvar(v.type, v.name), 0);
+        _i_Kvar = _Kvar;
+        for (int32_t obs = 1; obs <= n; obs++) {
+            for (int32_t v = 1; v <= 5; v++)
+                dsa_store(obs == 4 ? mis_of(2) : obs * 10 + v, sysdsa, uint32_t(v), uint32_t(obs));
+            dsa_sstore(sysdsa, 6, uint32_t(obs), obs == 7 ? "whole" : obs == 4 ? "" : "ab");
+        }
+        nobss1 = 1;
+        nobss2 = n;
+        pi.pi_obs1 = 1;
+        pi.pi_obs2 = n;
+        s_outlev = 5;
+    }
+    void TearDown() override
+    {
+        drop_all();
+        nobss1 = nobss2 = 0;
+    }
+    int32_t compile(const std::string &text)
+    {
+        line = text;
+        initialize_compexp_shared();
+        ti_settok(&ti, line.data());
+        return ti_compexp(&ti, &pgm, W_ANY, false, false, nullptr, 0);
+    }
+    double at(const std::string &text, int32_t obs)
+    {
+        int32_t rc = compile(text);
+        return rc ? -98765 - rc : pi_xeq(&pi, &pgm, obs);
+    }
+    std::string sat(const std::string &text, int32_t obs)
+    {
+        char buffer[246];
+        return compile(text) ? "?" : sxeq(&pgm, obs, buffer);
+    }
+};
+
+TEST_F(MachineData, VariablesOfEveryType)
+{
+    for (const char *v : {"b", "i", "l", "f", "d"}) {
+        EXPECT_EQ(at(v, 3), 30 + (strchr("bilfd", *v) - "bilfd") % 5 + 1) << v;
+        EXPECT_EQ(at(v, 4), mis_of(2)) << v;
+        EXPECT_EQ(at(std::string(v) + ">.a", 4), 1) << v;
+    }
+    EXPECT_EQ(sat("name", 7), "whole");
+    EXPECT_EQ(sat("nam+\"!\"", 1), "ab!");  // abbreviated
+    ovata_varabbrev = false;
+    EXPECT_EQ(compile("nam"), 111);
+    ovata_varabbrev = true;
+    EXPECT_EQ(at("missing(b,name)", 4), 1);
+    EXPECT_EQ(at("length(name)", 7), 5);
+}
+
+TEST_F(MachineData, SubscriptsStayInTheGroup)
+{
+    EXPECT_GE(at("b[0]", 1), misval);
+    EXPECT_GE(at("b[_N+1]", 1), misval);
+    EXPECT_GE(at("b[.]", 1), misval);
+    EXPECT_EQ(at("b[2.9]", 1), 21);
+    EXPECT_EQ(at("b[b[1]-9]", 1), 21);
+    EXPECT_EQ(at("b[_n-1]", 3), 21);
+    EXPECT_EQ(sat("name[_N+1]", 1), "");
+    EXPECT_EQ(sat("name[7]", 1), "whole");
+    nobss1 = 5;
+    nobss2 = 8;
+    EXPECT_EQ(at("b[1]", 6), 51);
+    EXPECT_EQ(at("_n", 6), 2);
+    EXPECT_EQ(at("_N", 6), 4);
+    EXPECT_GE(at("b[0]", 6), misval);
+    EXPECT_GE(at("b[5]", 6), misval);
+}
+
+TEST_F(MachineData, SumsRestartAtTheFirstObservation)
+{
+    ASSERT_EQ(compile("sum(1)+sum(b)"), 0);
+    for (int pass = 0; pass < 2; pass++) {
+        double total = 0;
+        for (int32_t obs = 1; obs <= n; obs++) {
+            total += 1 + (obs == 4 ? 0 : obs * 10 + 1);
+            EXPECT_EQ(pi_xeq(&pi, &pgm, obs), total) << obs;
+        }
+    }
+    pi.pi_obs1 = 3;
+    ASSERT_EQ(compile("group(4)"), 0);
+    EXPECT_EQ(pi_xeq(&pi, &pgm, 3), 1);
+    EXPECT_EQ(pi_xeq(&pi, &pgm, 9), 4);
+    EXPECT_EQ(at("group(-1)", 5), misval);
+}
+
+TEST_F(MachineData, NothingBeyondTheDataIsRead)
+{
+    drop_all();
+    nobss1 = 1;
+    nobss2 = 0;
+    EXPECT_EQ(compile("b"), 111);
+    ASSERT_GT(addvar(T_FLOAT, "x"), 0);
+    ASSERT_GT(addvar(4, "s"), 0);
+    _i_Kvar = _Kvar;
+    EXPECT_GE(at("x", 1), misval);
+    EXPECT_GE(at("x[1]", 1), misval);
+    EXPECT_EQ(sat("s", 1), "");
+    EXPECT_EQ(at("_N", 1), 0);
+}
+
+TEST_F(MachineData, BlocksGiveTheBitsOfSingleRuns)
+{
+    dsa_store(0, sysdsa, 5, 2);
+    dsa_store(-3.5, sysdsa, 5, 3);
+    for (const char *text :
+         {"b", "d*i+l/f-2", "d>.a", "d==f|b<20&!i", "sqrt(d)", "log(d-b)", "exp(d)", "int(d/3)",
+          "floor(d)", "ceil(-d)", "float(d/7)", "-d", "abs(d)", "d^2", "(d/b)^-.5", "1/d", "_n*_N",
+          "d>=_n", "d<=.", "d~=.b", "d*1e307", "_cons+_rc", "(1+(2+(3+(4+d))))"}) {
+        ASSERT_EQ(compile(text), 0) << text;
+        ASSERT_TRUE(xeq_can_block(&pgm)) << text;
+        for (bool modern : {true, false}) {
+            mvmodern = modern;
+            double out[n + 2];
+            xeq_block(&pi, &pgm, 1, n + 2, out);  // the last two rows do not exist
+            for (int32_t obs = 1; obs <= n + 2; obs++) {
+                double one = pi_xeq(&pi, &pgm, obs);
+                EXPECT_EQ(memcmp(&one, &out[obs - 1], 8), 0) << text << " " << obs;
+            }
+        }
+        mvmodern = true;
+    }
+    for (const char *text : {"sum(b)", "b[_n-1]", "runiform()", "name==\"ab\"", "name", "max(b,1)"}) {
+        ASSERT_EQ(compile(text), 0) << text;
+        EXPECT_FALSE(xeq_can_block(&pgm)) << text;
+    }
 }
