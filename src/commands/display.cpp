@@ -102,7 +102,7 @@ static int32_t show_literal(const dispstate *d)
     char *start, *end, *next;
     ti_gettok(tokinfo, prsestd);
     if (ti_parse_quoted_string(tokinfo, nullptr, &start, &end, &next))
-        return unmatchedquote();
+        return unbalanced_quotes();
     std::string text(start, size_t(end - start));
     if (*d->fmt) {
         if (!fmt_isstr(d->fmt))

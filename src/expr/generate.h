@@ -12,6 +12,9 @@ uint8_t promoted_vartype(double value, uint8_t type);
 // Gives a variable another type, all rows, keeping its place, format, labels and
 // characteristics. 0, 1 after a break, or a storage code; on failure nothing has changed.
 [[nodiscard]] int32_t change_vartype(int32_t var, uint8_t type, int32_t nobs);
+// As change_vartype over all rows; the format of a string that is the default of its old type
+// becomes that of the new one.
+[[nodiscard]] int32_t change_vartype_fmt(int32_t var, uint8_t type);
 int32_t doupstr(int32_t var, int32_t newlen);  // -1 cut to 244; 0; or a code
 [[nodiscard]] int32_t doupnum(double value, int32_t var, uint8_t *typeout);
 void missmsg(int32_t n, bool newline_after);

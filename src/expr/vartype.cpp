@@ -100,19 +100,27 @@ int32_t change_vartype(int32_t var, uint8_t type, int32_t nobs)
     return rc;
 }
 
+int32_t change_vartype_fmt(int32_t var, uint8_t type)
+{
+    uint8_t old = _typlist[var - 1];
+    char dflt[8];
+    bool plain = t_isstr(old) && !strcmp(_fmtlist[var - 1], fmt_default(old, dflt));
+    int32_t rc = change_vartype(var, type, _Nobs);
+    if (rc)
+        return rc;
+    if (plain)
+        strcpy(_fmtlist[var - 1], fmt_default(type, dflt));
+    s_updata = newdata = upFormat = true;
+    return 0;
+}
+
 int32_t doupstr(int32_t var, int32_t newlen)
 {
     uint8_t old = _typlist[var - 1];
     int32_t len = newlen > T_STRMAX ? int32_t(T_STRMAX) : newlen;
-    if (len > old) {
-        if (int32_t rc = change_vartype(var, uint8_t(len), _Nobs))
+    if (len > old)
+        if (int32_t rc = change_vartype_fmt(var, uint8_t(len)))
             return rc;
-        // A format nobody chose grows with the strings.
-        char dflt[8];
-        if (!strcmp(_fmtlist[var - 1], fmt_default(old, dflt)))
-            strcpy(_fmtlist[var - 1], fmt_default(uint8_t(len), dflt));
-        upFormat = true;
-    }
     return newlen > T_STRMAX ? -1 : 0;
 }
 

@@ -6,6 +6,7 @@
 // for each group with byvar, lastby and the range set; a program is called once (onecall) or
 // once for each group (recall) with the by-environment.
 #include "core/mem.h"
+#include "core/missing.h"
 #include "core/rc.h"
 #include "data/dsa.h"
 #include "data/labels.h"
@@ -24,6 +25,7 @@ namespace {
 
 constexpr int32_t maxnest = 100;
 int32_t nest;
+int32_t group;   // number of the group a built-in works on
 
 struct bylist {
     std::vector<int32_t> keys;  // by variables, then those in parentheses
@@ -183,6 +185,7 @@ int32_t over_builtin(const bylist &by, const cmdrow *row)
     for (int32_t first = 1, last; first <= _Nobs && !rc; first = last + 1) {
         last = group_end(by, first);
         byvar = first == 1 ? 1 : 2;
+        group = first == 1 ? 1 : group + 1;
         lastby = last >= _Nobs;
         if (header && (rc = show_header(by, first)))
             break;
@@ -287,6 +290,19 @@ int32_t dispatch(const bylist &by)
 }
 
 }  // namespace
+
+double by_query(xq_byask ask)
+{
+    bool on = byvar || by_env.on;
+    switch (ask) {
+    case BQ_BY: return on;
+    case BQ_LASTCALL: return byvar ? lastby : !on || by_env.lastcall;
+    case BQ_INDEX: return byvar ? group : on ? by_env.index : 1;
+    case BQ_N1: return byvar ? nobss1 : on ? by_env.n1 : 1;
+    case BQ_N2: return byvar ? nobss2 : on ? by_env.n2 : _Nobs;
+    }
+    return misval;
+}
 
 // by (0) and bysort (1).
 int32_t byprefix(int32_t sorted)

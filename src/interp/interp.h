@@ -55,6 +55,8 @@ enum godo_kind : int32_t { GD_DO = 0, GD_RUN = 1, GD_PROGRAM = 3, GD_INCLUDE = 4
 // The by-environment byprefix leaves for the program it calls next (core/state.h has the one
 // of the running program).
 extern byenv by_waiting;
+enum xq_byask : uint8_t;
+double by_query(xq_byask ask);  // what _by() and its kin answer
 
 extern dofile *dofilep;
 extern bool doeof;

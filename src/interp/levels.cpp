@@ -364,6 +364,7 @@ int32_t do_options(bool *stop)
 {
     ti_gettok(tokinfo, prsestd);  // the comma
     parinfo->pi_opts = PI_OK;
+    parinfo->pi_nopt = 0;
     int32_t rc = ti_proption(tokinfo, parinfo);
     if (rc)
         return rc;

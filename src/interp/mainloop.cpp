@@ -15,7 +15,7 @@
 
 double rmsgtime;          // seconds the last command took, when set rmsg is on
 int32_t doreq_nest;
-static double started;
+static double started;    // of the line under way, -1 when nobody asked
 
 int32_t getreq(bool fromprogram, bool newlinefirst)
 {
@@ -89,7 +89,7 @@ void show_rc_line()
         newline();
         return;
     }
-    double took = clock_secs() - started;
+    double took = started < 0 ? 0 : clock_secs() - started;
     wallclock w = clock_wall();
     rmsgtime = took;
     spout21f(" t=%d.%02d %d:%02d:%02d\n", int(took), int(took * 100) % 100, w.hour, w.minute,
@@ -116,8 +116,8 @@ int32_t doreq()
     byvar = 0;
     lastby = true;
     exitflg = false;
-    if (set_rmsg)
-        started = clock_secs();
+    double outer = started;
+    started = set_rmsg ? clock_secs() : -1;
     doreq_nest++;
     globalrc = expand();
     if (!globalrc)
@@ -128,16 +128,15 @@ int32_t doreq()
     if (sysdsa)
         check_area();
 #endif
-    if (exitflg) {
-        if (gexitflg)
-            sexit(0);
-        exitflg = false;
-        return 0;
-    }
-    // A code that comes out of a block or an if was told once, by the line around it.
-    if (!doreq_nest)
+    // The code of a line inside a block is told once, by the line around it.
+    bool leave = exitflg;
+    if (leave && gexitflg)
+        sexit(0);
+    exitflg = false;
+    if (!leave && !doreq_nest)
         show_rc_line();
-    return 1;
+    started = outer;
+    return !leave;
 }
 
 int32_t run_line(const char *line)

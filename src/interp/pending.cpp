@@ -1,6 +1,7 @@
 // interp/pending.cpp - weak stand-ins for handlers that are still being written. Each answers
 // as an unbuilt row does; the real one replaces it by being linked.
 #include "interp/interp.h"
+#include "interp/programs.h"
 
 #define PENDING(f)                                                                             \
     [[gnu::weak]] int32_t f(int32_t)                                                           \
@@ -101,3 +102,10 @@ PENDING(usreturn)
 PENDING(vercmd)
 PENDING(viewcmd)
 PENDING(whichcmd)
+
+// What preserved data and file handles leave to the end of a level.
+[[gnu::weak]] int32_t psvfctr = -1;
+[[gnu::weak]] bool hastmp_fhopened;
+[[gnu::weak]] int32_t restore_atend(int32_t rc) { return rc; }
+[[gnu::weak]] void preserve_shutdown() {}
+[[gnu::weak]] void ovfile_autoclose() {}

@@ -150,6 +150,7 @@ static int32_t version_options(bool *missing)
     int32_t rc;
     char date[80];
     parinfo->pi_opts = PI_OK;
+    parinfo->pi_nopt = 0;
     if ((rc = ti_proption(tokinfo, parinfo)))
         return rc;
     *missing = ti_pi_findopt(tokinfo, parinfo, "missing", 3, 0) == 1;

@@ -12,6 +12,7 @@
 #include "interp/programs.h"
 #include "output/oml.h"
 #include "output/print.h"
+#include "stats/random.h"
 #include <cctype>
 #include <csignal>
 #include <cstdio>
@@ -169,6 +170,7 @@ int32_t sinit()
         return 1;
     if (numconst_init())
         return 1;
+    ver_rng = ver_rng_of_vernum(vernum);
     const char *path = getenv("PATH");
     snprintf(filepath, sizeof filepath, "%s", path ? path : "");
     return 0;
@@ -348,6 +350,7 @@ int32_t sinit0(int32_t argc, char **argv)
     if (o.logo)
         notes(false);
     set_graphics = true;
+    xeq_byquery = by_query;
     sinit_state = 17;
     c_outlev = 0;
     sinit_state = 18;

@@ -66,7 +66,7 @@ static void divider(const char *what, const char *name)
         return;
     outlev_keep level(1);
     int32_t indent = set_traceindent ? 2 * (ovata_level - trace_low) : 0;
-    int32_t dashes = set_linesize - indent - int32_t(strlen(what) + strlen(name)) - 4;
+    int32_t dashes = set_linesize - indent - int32_t(strlen(what) + strlen(name)) - 6;
     for (int32_t i = 0; i < indent; i++)
         spout21(" ");
     for (int32_t i = 0; i < dashes; i++)

@@ -209,6 +209,9 @@ void oml_atprompt(oml *o)
     o->lines = 0;
 }
 
+// A prompt is printed: whoever answers ends the line, so what comes next begins a new one.
+void oml_awaitline(oml *o) { o->lays->col = 0; }
+
 // ---- attached logs
 static int32_t addlog(oml *o, int32_t fd, bool markup, int32_t width)
 {

@@ -105,6 +105,7 @@ bool oml_rawstate(const oml *o);
 bool oml_wantstyle(const oml *o, uint8_t color);
 void oml_endpara(oml *o);
 void oml_atprompt(oml *o);                  // ends paragraphs; a new page begins
+void oml_awaitline(oml *o);                 // the answer will end the line on the screen
 int32_t omlsendrawn(oml *o, const char *text, size_t n);
 void oml_scan(oml *o, const char *p, size_t n, bool top);
 void oml_setstyle(oml *o, uint8_t style);

@@ -32,7 +32,10 @@ int32_t spout21(const char *text)
     if (c_outlev == 4)
         oml_atprompt(oml_cur);
     spout_setcoloroflev();
-    return omlsendraw(oml_cur, text);
+    omlsendraw(oml_cur, text);
+    if (c_outlev == 4 && !batchmode)
+        oml_awaitline(oml_cur);
+    return stopflag;
 }
 
 int32_t spoutsml(const char *text)

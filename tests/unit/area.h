@@ -52,8 +52,10 @@ inline void fresh_system(bool tiny)
         dsa_close(sysdsa);
     dsa_segsize_floor = 1048576;
     if (tiny) {
-        EXPECT_EQ(sinit0_dsa(), 0);
-        dsa_close(sysdsa);
+        if (!dsa_onvarsgone) {
+            EXPECT_EQ(sinit0_dsa(), 0);
+            dsa_close(sysdsa);
+        }
         tiny_area(true);
         maxmaxvar = int32_t(sysdsa->K_max);
     } else {

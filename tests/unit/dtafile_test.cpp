@@ -1,5 +1,4 @@
 // Dataset files: what is saved comes back, and no damaged file does harm.
-#include <algorithm>
 #include "dtamake.h"
 #include "core/rc.h"
 
@@ -20,7 +19,7 @@ static std::string word(lcg &rnd, uint32_t most)
     return s;
 }
 
-static void random_data(lcg &rnd)
+static void scatter_data(lcg &rnd)
 {
     fresh_system(true);
     int32_t K = int32_t(rnd(9)), N = int32_t(rnd(40));
@@ -63,7 +62,7 @@ TEST(Dtafile, RandomDataComeBackEqual)
     for (uint64_t seed = 1; seed <= 1000; seed++) {
         SCOPED_TRACE(seed);
         lcg rnd(seed);
-        random_data(rnd);
+        scatter_data(rnd);
         std::string was = account();
         dta_saveopts o = save_over;
         o.oldformat = seed % 2;
@@ -94,8 +93,6 @@ TEST(Dtafile, EveryReleaseAndOrderReadsAsItsModernForm)
             SCOPED_TRACE(testing::Message() << int(l->release) << " order " << int(o));
             ASSERT_EQ(use_bytes(make_release(l->release, o)), 0);
             std::string got = account();
-            if (!l->expansion)
-                got += "";
             std::string expect = want;
             if (!l->expansion)
                 expect.erase(expect.find("i_x[note1]=hold\n"), 16);
@@ -264,7 +261,7 @@ TEST(Dtafile, FailedWritesAndRefusedMemory)
         for (int stay = 0; stay <= 1; stay++)
             for (int n = 1;; n++) {
                 lcg rnd(12);
-                random_data(rnd);
+                scatter_data(rnd);
                 std::string was = account();
                 unlink(name.c_str());
                 fault_arm(kind, n, stay);

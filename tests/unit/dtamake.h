@@ -4,6 +4,7 @@
 #include "area.h"
 #include "core/bytes.h"
 #include "data/dtafmt.h"
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>

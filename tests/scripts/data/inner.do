@@ -1,0 +1,2 @@
+local shared yes
+local mine inner

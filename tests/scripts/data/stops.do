@@ -1,0 +1,2 @@
+error 111
+display 1
