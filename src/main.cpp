@@ -5,6 +5,7 @@
 #include "interp/dm.h"
 #include "interp/interp.h"
 #include "interp/startup.h"
+#include <cstdio>
 #include <cstring>
 #include <sys/resource.h>
 
@@ -24,7 +25,8 @@ int main(int argc, char **argv)
     widen_stack();
     memset(tokinfo, 0, sizeof *tokinfo);
     pi_zap(parinfo);
-    edition_choose(argc > 0 ? argv[0] : nullptr);
+    if (edition_choose(argc > 0 ? argv[0] : nullptr))
+        fputs("OVATA_EDITION names no edition: full is used\n", stderr);
     dminit();
     init_tmp();
     open_prefs();

@@ -242,7 +242,7 @@ static int32_t show_piece(std::string *held, bool markup, bool all)
     std::string part = held->substr(0, upto);
     held->erase(0, upto);
     std::replace(part.begin(), part.end(), '\0', ' ');
-    if (part.compare(0, 7, "{omcl}\n") == 0)
+    if (markup && part.compare(0, 7, "{omcl}\n") == 0)
         part.erase(0, 7);
     return markup ? spoutsml(part.c_str()) : spout21(part.c_str());
 }

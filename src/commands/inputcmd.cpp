@@ -154,6 +154,26 @@ int32_t one_obs(const incmd *c, int32_t obs)
     return rc;
 }
 
+// The next line, asked for by the number of its observation. 1 at the end of input.
+int32_t next_line(int32_t obs)
+{
+    char prompt[16];
+    snprintf(prompt, sizeof prompt, "%3d. ", obs);
+    const char *was = readcons_prompt;
+    readcons_prompt = prompt;
+    int32_t end = getreq(true, false);
+    readcons_prompt = was;
+    return end;
+}
+
+// After a failure the lines left are still data, and must not be taken for commands.
+void skip_to_end(int32_t obs)
+{
+    while (!stopflag && !next_line(++obs))
+        if (!strcmp(ti_gettok(tokinfo, prsestd), "end"))
+            return;
+}
+
 }  // namespace
 
 int32_t inputcmd(int32_t);
@@ -173,9 +193,7 @@ int32_t inputcmd(int32_t)
         // A new variable beside old ones is filled over the observations there are.
         if (c.fresh && c.had && obs > c.had)
             break;
-        if (out_shown(1))
-            spout21fat(1, "%3d. ", obs);
-        if (getreq(true, false)) {
+        if (next_line(obs)) {
             rc = stopflag ? stopflag : 0;
             break;
         }
@@ -188,8 +206,10 @@ int32_t inputcmd(int32_t)
             obs--;  // at the keyboard the line is typed again
             continue;
         }
-        if (rc)
+        if (rc) {
+            skip_to_end(obs);
             break;
+        }
         s_updata = true;
     }
     _i_Kvar = _Kvar;

@@ -12,6 +12,7 @@ struct dtahdr {
 [[nodiscard]] int32_t rdhdr(int32_t fd, dtahdr *h, const char *name);
 [[nodiscard]] int32_t wrhdr(int32_t fd, const dtahdr *h, bool use_label);
 
+extern char dta_stamp[18];  // of the file last read or written
 struct dta_saveopts {
     bool replace, label, orphans, oldformat, all, emptyok;
     const char *esample;  // the estimation-sample variable, or null: left out unless all

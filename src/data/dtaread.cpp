@@ -370,6 +370,7 @@ int32_t dta_use(const char *name, const dta_useopts *o)
     ov_close(j.fd);
     if (rc)
         drop_all();
+    memcpy(dta_stamp, j.d.h.stamp, sizeof dta_stamp);
     s_updata = false;
     newdata = newDtaset = true;
     return rc;

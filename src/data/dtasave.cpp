@@ -27,6 +27,8 @@ template <class T> static block<T> getblock(uint64_t n)
     return block<T>(static_cast<T *>(safemalloc(n * sizeof(T))));
 }
 
+char dta_stamp[18];
+
 struct savejob {
     int32_t fd, K, N;
     uint64_t width;
@@ -52,6 +54,7 @@ int32_t wrhdr(int32_t fd, const dtahdr *h, bool use_label)
     getstamp(stamp);
     memcpy(w.stamp, stamp, 17);
     w.stamp[17] = 0;
+    memcpy(dta_stamp, w.stamp, sizeof dta_stamp);
     uint8_t b[128];
     dta_puthdr(lay, &w, b);
     return wr(fd, b, lay->hdrlen);

@@ -157,6 +157,8 @@ void log_check()
             logrow was = logs[i];
             drop(i);
             (void)fierr(693, was.path);
+            outlev_keep keep(2);
+            spoutsml("{txt}{search r(693):r(693);} log closed\n");
         }
 }
 

@@ -33,5 +33,5 @@ insheet using again.csv, clear
 list
 capture noisily outsheet using again.csv, comma
 display _rc
-outsheet Id Score if Score < . using again.csv, replace nonames delimiter(";")
+outsheet id score if score < . using again.csv, replace nonames delimiter(";")
 type again.csv

@@ -22,7 +22,7 @@ display _rc
 capture noisily summarize x [fw=x/2]
 display _rc
 generate g = x > 5
-by g: summarize x
+bysort g: summarize x
 * One value, and a large mean with a small spread.
 replace x = 1e9 + mod(_n, 2)
 summarize x

@@ -1,0 +1,59 @@
+# Logs against each other, and against a disk that is full.
+#   logs.sh PROGRAM SOURCEDIR
+set -eu
+program=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export HOME="$work" XDG_CONFIG_HOME="$work/config" OVATA_EDITION=small7
+cd "$work"
+
+# What a session prints is the same in a plain log and in its mark-up log rendered again.
+cat >session.do <<'END'
+display "{bf:text} " 1/3 " {c -(}" "a{b}" "}"
+display "{p 2 6}Words of a paragraph that goes on for longer than the line it began on, so it wraps.{p_end}"
+display as error "{hline}" _newline "{center:middle}" _col(30) "x"
+display "a long value " _dup(12) "0123456789"
+set obs 5
+generate x = _n
+generate str20 s = "{bf:" + string(_n) + "}"
+list
+summarize x
+capture noisily use nosuch
+error 677
+END
+cat >driver.do <<'END'
+quietly log using plain.log, name(plain)
+quietly log using marked.omcl, name(marked)
+capture noisily do session.do
+quietly log close _all
+quietly log using again.log
+type marked.omcl
+quietly log close
+END
+"$program" -q -b do driver.do
+# The first log has the opening of the second in it, the second rendering its own command.
+sed -n '/do session.do/,/quietly log close/p' plain.log >a
+sed -n '/do session.do/,/quietly log close/p' again.log | grep -v '^\. type' >b
+test -s a
+head -n "$(($(wc -l <a) - 1))" a >a1
+head -n "$(($(wc -l <a1)))" b >b1
+cmp a1 b1
+# Batch and a pipe agree, but for the way they begin and end.
+printf 'quietly log using piped.log\ndo session.do\nquietly log close\n' | "$program" -q >/dev/null
+sed -n '/display "{bf/,/connection failed/p' piped.log >c
+sed -n '/display "{bf/,/connection failed/p' plain.log | cmp - c
+
+# A log that cannot be written says so once, and the session goes on.
+ln -s /dev/full full.log
+cat >again.do <<'END'
+quietly log using full.log, append
+forvalues i = 1/2000 {
+display "line `i' of a log that has nowhere to go"
+}
+display "still here"
+log close
+END
+"$program" -q -b do again.do
+test "$(grep -c 'full.log I/O error on write' again.log)" = 1
+grep -q '^still here' again.log
+grep -q 'no log file open' again.log
