@@ -14,7 +14,8 @@ trap 'rm -rf "$work"' EXIT INT TERM
 HOME=$work
 XDG_CONFIG_HOME=$work/config
 OVATA_EDITION=${edition:-small7}
-export HOME XDG_CONFIG_HOME OVATA_EDITION
+TESTDATA=$dir/data
+export HOME XDG_CONFIG_HOME OVATA_EDITION TESTDATA
 cd "$work" || exit 1
 cp "$script" "$work/$name.do"
 cp -r "$dir/data" "$work/data"
