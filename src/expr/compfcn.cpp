@@ -326,7 +326,8 @@ static void bn_binomial_old(callinfo *c)
 {
     if (vernum > 1000)
         unknown(c->name);
-    later();
+    numbers(c, 3, 3);
+    done(3, OP_BINOMIAL_UPPER, CT_NUM);
 }
 
 // inrange and inlist over numbers or over strings; the string form is the next opcode.
@@ -582,8 +583,12 @@ void comp_call(span in, const char *name)
         table_call(&c, row);
         return;
     }
-    if (vernum <= 600 && (!strcmp(name, "invchi") || !strcmp(name, "invt")))
-        later();
+    if (vernum <= 600 && (!strcmp(name, "invchi") || !strcmp(name, "invt"))) {
+        split_args(&c);
+        numbers(&c, 2, 2);
+        done(2, name[3] == 'c' ? OP_INVCHI : OP_INVT, CT_NUM);
+        return;
+    }
     for (const byname &b : bynames)
         if (!strcmp(b.name, name)) {
             c.code = b.code;
