@@ -40,9 +40,12 @@ int32_t assertcmd(int32_t)
 {
     parinfo->pi_in = parinfo->pi_by = parinfo->pi_opts = PI_OK;
     parinfo->pi_if = PI_OK;
-    // The condition stands without its word.
+    parinfo->pi_exp = PI_REQ;
+    parinfo->pi_exptype = W_NUM;
+    parinfo->pi_vlist = PI_NO;
+    // What is asserted stands without the sign that marks an expression.
     if (byvar < 2)
-        ti_pushtok(tokinfo, "if");
+        ti_pushtok(tokinfo, "=");
     int32_t rc = ti_pi_parse(tokinfo, parinfo);
     if (rc)
         return rc;
@@ -53,9 +56,15 @@ int32_t assertcmd(int32_t)
     bool fast = ti_pi_findopt(tokinfo, parinfo, "fast", 1, 0) == 1;
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
-    int32_t all = parinfo->pi_obs2 - parinfo->pi_obs1 + 1, bad = all - selected();
-    if (stopflag)
-        return stopflag;
+    int32_t all = 0, bad = 0;
+    for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
+        if ((obs & 0xfff) == 0 && fault_poll())
+            return stopflag;
+        if (!selobs(obs))
+            continue;
+        all++;
+        bad += pi_xeq(parinfo, parinfo->wepgm, obs) == 0;
+    }
     if (null && all < 1)
         return rc0 ? 0 : errout(8, "assertion is null\n");
     if (!bad)

@@ -54,7 +54,7 @@ void fact(const char *word, double z, const char *right)
     spout21fat(1, "%6s:", word);
     spout21fat(0, "%14s", fmt_comma(buf, z));
     if (*right)
-        spout21fat(0, "%26s%s", "", right);
+        spout21fat(0, "%14s%s", "", right);
     newline();
 }
 

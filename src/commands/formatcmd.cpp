@@ -24,16 +24,16 @@ void takefmt(char *fmt, size_t room)
     tokinfo->lc_ptr = nullptr;
 }
 
-int32_t badfmt(const char *fmt)
+int32_t badfmt()
 {
-    return errout(120, "invalid format %s\n", fmt);
+    return errout(120, "invalid %%format\n");
 }
 
 int32_t setformats(const char *fmt)
 {
     fmtinfo f;
     if (strlen(fmt) > fmtlen || chkfmt(fmt, &f) || f.width < 1)
-        return badfmt(fmt);
+        return badfmt();
     for (int32_t i = 0; i < parinfo->pi_nvar; i++)
         if (t_isstr(_typlist[parinfo->vl_vr[i] - 1]) != (f.kind == 's'))
             return error(RC_TYPE);

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 // Variables there were when generate began under by: what by goes back to when a group fails.
-// -1 when generate has not run since by set it so.
+// -1 when no generate has run since by began.
 extern int32_t byKvaronexit;
 
 // The smallest type at or above type that holds value exactly.

@@ -11,6 +11,7 @@
 #include "data/dsa.h"
 #include "data/labels.h"
 #include "data/sort.h"
+#include "expr/generate.h"
 #include "expr/parse.h"
 #include "interp/interp.h"
 #include "interp/messages.h"
@@ -182,6 +183,7 @@ int32_t over_builtin(const bylist &by, const cmdrow *row)
     ti_stattok(tokinfo, &at);
     bool header = has_header(row);
     int32_t rc = 0;
+    byKvaronexit = -1;
     for (int32_t first = 1, last; first <= _Nobs && !rc; first = last + 1) {
         last = group_end(by, first);
         byvar = first == 1 ? 1 : 2;
@@ -201,6 +203,9 @@ int32_t over_builtin(const bylist &by, const cmdrow *row)
             rc = fault_poll();
     }
     end_of_groups();
+    // A variable that only some groups have filled is none.
+    if (rc && byKvaronexit >= 0)
+        dsa_truncate_var(sysdsa, uint32_t(byKvaronexit), true);
     return rc;
 }
 

@@ -207,11 +207,14 @@ int32_t opbrace()
     if (vernum < 800)
         return run_oldblock(rest);
     if (*rest) {
-        if (procflg)
-            return strayafter("open");
-        // In a line that is dead anyway a block may open and close.
+        // A block may open and close in one line; when it stays open its lines are dead.
         std::string text(rest);
-        return unmatched(text.data()) ? 0 : run_block();
+        bool live = procflg, closed = unmatched(text.data());
+        int32_t rc = live ? strayafter("open") : 0;
+        procflg = false;
+        int32_t rc2 = closed ? 0 : run_block();
+        procflg = live;
+        return rc ? rc : rc2;
     }
     return run_block();
 }
@@ -432,11 +435,11 @@ static int32_t lift(const char *word)
         spout21(word);
         spout21(" command may not result from a macro expansion ");
         spout21("interactively or in do files\n");
-        return RC_SYNTAX;
+        return fail_head(ti_wheretok(tokinfo), RC_SYNTAX);
     }
-    if (busy >= 1000)
-        return error(RC_SYNTAX);
     char *text = ti_wheretok(tokinfo);
+    if (busy >= 1000)
+        return fail_head(text, error(RC_SYNTAX));
     if (!blockbrace(text) && !bracefind(text))
         return required("{");
     std::string head = std::string(word) + text;

@@ -425,6 +425,8 @@ int32_t godo(int32_t kind, bool)
         return rc;
     }
     globalrc = rc ? rc : run_lines(kind, stop);
+    if (globalrc == RC_BARERETURN)
+        globalrc = 0;
     if (kind != GD_INCLUDE && psvfctr != -1)
         globalrc = restore_atend(globalrc);
     rc = globalrc;

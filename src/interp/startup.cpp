@@ -280,6 +280,7 @@ static int32_t open_screen()
     omlset_fd(oml_reswin, 1);
     omlset_pagelen(oml_reswin, set_pagesize);
     omlset_maxwidth(oml_reswin, set_linesize);
+    load_set_prefs();
     sysinitmore(set_more ? 0 : 1);
     return 0;
 }
@@ -299,6 +300,8 @@ static int32_t open_session(const startopts &o, const std::string &command)
         nokbrd = true;
         batchmode = o.logo ? 1 : 2;
     }
+    if (nokbrd)
+        set_more = false;  // nobody is there to press a key
     if (get_ovata_dir()) {
         complain("cannot find Ovata directory\n");
         return -1;
@@ -308,8 +311,10 @@ static int32_t open_session(const startopts &o, const std::string &command)
 
 static int32_t open_data()
 {
-    if (!sinit0_dsa() && !pi_init(parinfo))
+    if (!sinit0_dsa() && !pi_init(parinfo)) {
+        load_mem_prefs();
         return 0;
+    }
     complain("\r\nAllocation failure.\r\n");
     return -1;
 }

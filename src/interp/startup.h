@@ -29,6 +29,8 @@ std::string start_command(int32_t argc, char **argv);
 std::string batch_logname(const std::string &command, bool markup);
 // Signals and the terminal's size; has an effect once.
 int32_t tinit();
+void load_set_prefs();
+void load_mem_prefs();
 // Opens the batch log and attaches it; -1 after a message on standard error.
 int32_t inibatch(const std::string &command, bool markup);
 void close_batchlog();

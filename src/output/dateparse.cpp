@@ -23,6 +23,7 @@ struct mask {
 // What was read; parts not in the mask keep the first of their kind.
 struct parts {
     double y = 1960, m = 1, d = 1, unit = 1, h = 0, mi = 0, s = 0;
+    bool four = false;  // a year in a run of digits has four of them
 };
 
 static bool readmask(mask *k, const char *text, const char *letters)
@@ -91,13 +92,14 @@ static bool monthname(const char **p, double *out)
 }
 
 // A year. In a run of digits that holds later parts too, it has two digits when that is what
-// makes all parts two long, else four. Two digits need a century: the mask's, or the one that
+// makes all parts two long and four is not asked for, else four. Two digits need a century: the mask's, or the one that
 // brings the year to the pivot at the latest.
-static bool year(const char **p, int32_t partsleft, int32_t century, double pivot, double *out)
+static bool year(const char **p, int32_t partsleft, int32_t century, double pivot, bool four,
+                 double *out)
 {
     int32_t run = rundigits(*p), take = run;
     if (run > 4)
-        take = run == 2 * partsleft ? 2 : 4;
+        take = run == 2 * partsleft && !four ? 2 : 4;
     if (!digits(p, take, out))
         return false;
     if (take > 2)
@@ -190,7 +192,7 @@ static bool readpart(const char **p, const maskpart &k, int32_t left, double piv
     switch (k.what) {
     case 'D': return day(p, &v->d);
     case 'M': return isdig(**p) ? digits(p, 2, &v->m) : monthname(p, &v->m);
-    case 'Y': return year(p, left, k.century, pivot, &v->y);
+    case 'Y': return year(p, left, k.century, pivot, v->four, &v->y);
     case 'h': return digits(p, 2, &v->h);
     case 'm': return digits(p, 2, &v->mi);
     case 's': return seconds(p, &v->s);
@@ -217,16 +219,27 @@ static bool readtext(const char *text, const mask &k, double pivot, parts *v)
     return !*p;
 }
 
-double ovclock(const char *text, const char *masktext, double pivot, char kind)
+static double moment(const parts &v, char kind)
 {
-    mask k;
-    parts v;
-    if (!readmask(&k, masktext, "DMYhms#") || !readtext(text, k, pivot, &v))
-        return misval;
     double date = dt_mdy(v.m, v.d, v.y);
     if (kind == 'd')
         return date;
     return kind == 'C' ? dt_Cdhms(date, v.h, v.mi, v.s) : dt_dhms(date, v.h, v.mi, v.s);
+}
+
+double ovclock(const char *text, const char *masktext, double pivot, char kind)
+{
+    mask k;
+    if (!readmask(&k, masktext, "DMYhms#"))
+        return misval;
+    double z = misval;
+    for (int pass = 0; pass < 2 && z >= misval; pass++) {
+        parts v;
+        v.four = pass == 1;
+        if (readtext(text, k, pivot, &v))
+            z = moment(v, kind);
+    }
+    return z;
 }
 
 // The mask in capitals, cut at 32 characters.

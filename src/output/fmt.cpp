@@ -8,9 +8,10 @@
 #include <cstdio>
 #include <cstring>
 
-// The text of one number before it is padded. 400 bytes hold the longest fixed form.
+// The text of one number before it is padded. The longest: 308 digits, 243 decimals and the
+// commas of the former.
 struct numbuf {
-    char s[640];
+    char s[700];
     int32_t n;
 };
 

@@ -28,3 +28,8 @@ shell exit 3
 display _rc
 more
 capture noisily more x
+set obs 2
+generate g = _n
+capture noisily bysort g: more
+quietly memory
+display r(data_used)

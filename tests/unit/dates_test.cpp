@@ -134,6 +134,7 @@ TEST(dates, reading)
         {"3:17:59 pm 21nov2026", "hmsDMY", misval, at}, {"2026112115:17:59", "YMDhms", misval, at},
         {"20261121151759", "YMDhms", misval, at}, {"21nov2026 3:17:59 p.m.", "DMYhms", misval, at},
         {"21nov2026 15:17:59.5", "DMYhms", misval, at + 500}, {"21nov2026 13:00 pm", "DMYhm", misval, misval},
+        {"20261121 15:17:59", "YMDhms", misval, at}, {"20261121 15", "YMDh", 2030, at - 1079000},
         {"12:30 am", "hm", misval, 1800000}, {"25:00", "hm", misval, misval},
     };
     for (const row &r : clocks)

@@ -78,6 +78,7 @@ TEST(fmt, strings_and_cutting)
     fmtnumtrim(buf, sizeof buf, 2, "%9.0g");
     EXPECT_STREQ(buf, "2");
     EXPECT_EQ(fmtnum(buf, sizeof buf, -8e307, "%244.200f"), 244);
+    EXPECT_EQ(fmtnum(buf, sizeof buf, -8e307, "%244.243fc"), 244);
 }
 
 TEST(fmt, which_texts_are_formats)

@@ -1,0 +1,4 @@
+program notreached1
+  display "x"
+end
+error 111

@@ -1,0 +1,3 @@
+program other
+  display "x"
+end
