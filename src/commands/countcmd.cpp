@@ -73,7 +73,8 @@ int32_t assertcmd(int32_t)
     if (!bad)
         return 0;
     if (!fast)
-        spout21fat(3, "%d contradiction%s in %d observation%s\n", bad, plural(bad), all, plural(all));
+        spout21fat(3, "%d contradiction%s in %d observation%s\n", bad, plural(bad), all,
+                   plural(all));
     rc = errout(9, "assertion is false\n");
     return rc0 ? 0 : rc;
 }
