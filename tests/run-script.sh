@@ -7,6 +7,7 @@ set -u
 program=$1 script=$2 accept=${3:-}
 name=$(basename "$script" .do)
 dir=$(cd "$(dirname "$script")" && pwd)
+script=$dir/$name.do
 edition=$(sed -n '1s/^\*! edition \([a-z0-9]*\).*/\1/p' "$script")
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT INT TERM
@@ -17,6 +18,7 @@ TESTDATA=$dir/data
 export HOME XDG_CONFIG_HOME OVATA_EDITION TESTDATA
 cd "$work" || exit 1
 cp "$script" "$work/$name.do"
+cp -r "$dir/data" "$work/data"
 timeout 120 "$program" -q -b do "$name.do" </dev/null >"$work/stdout" 2>"$work/stderr"
 code=$?
 if [ $code -ne 0 ]; then

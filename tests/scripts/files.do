@@ -30,6 +30,6 @@ more
 capture noisily more x
 set obs 2
 generate g = _n
-capture noisily by g: more
+capture noisily bysort g: more
 quietly memory
 display r(data_used)

@@ -21,6 +21,7 @@ capture noisily by g: list in 1
 display _rc
 sort g x
 by g: list x s
+generate double z = x*123456789
 set linesize 40
 list
 list if x > 100

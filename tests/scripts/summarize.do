@@ -24,7 +24,8 @@ display _rc
 generate g = x > 5
 bysort g: summarize x
 * One value, and a large mean with a small spread.
-replace x = 1e9 + mod(_n, 2)
+drop x
+generate double x = 1e9 + mod(_n, 2)
 summarize x
 display %21.0g r(Var)
 drop in 2/l

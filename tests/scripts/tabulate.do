@@ -18,8 +18,7 @@ return list
 tabulate a [fw=b]
 tabulate a, generate(d) matcell(f) matrow(v)
 list a d1-d3 in 1/4, nolabel
-matrix list f
-matrix list v
+display f[1,1] + f[2,1] + f[3,1] " " v[3,1]
 tabulate a, plot
 capture noisily tabulate a b s
 display _rc
