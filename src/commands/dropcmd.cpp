@@ -5,6 +5,7 @@
 #include "data/dsa.h"
 #include "expr/generate.h"
 #include "expr/parse.h"
+#include "expr/rows.h"
 #include "expr/varlist.h"
 #include "interp/messages.h"
 #include "output/print.h"
@@ -48,8 +49,10 @@ int32_t dropvars(bool keep)
 int32_t markrows(uint32_t flag, bool keep)
 {
     int32_t n = keep ? _Nobs : 0;
+    rowvalues v;
+    rv_open(&v, nullptr, parinfo->pi_obs2);
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if (selobs(obs)) {
+        if (rv_selected(&v, obs)) {
             dsa_bstore(!keep, sysdsa, flag, uint32_t(obs));
             n += keep ? -1 : 1;
         }
