@@ -5,6 +5,7 @@
 #include "data/dsa.h"
 #include "expr/generate.h"
 #include "expr/parse.h"
+#include "expr/rows.h"
 #include "interp/messages.h"
 #include "output/print.h"
 #include "stats/results.h"
@@ -13,8 +14,10 @@
 static int32_t selected()
 {
     int32_t n = 0;
+    rowvalues v;
+    rv_open(&v, nullptr, parinfo->pi_obs2);
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        n += selobs(obs);
+        n += rv_selected(&v, obs);
         if ((obs & 0xfff) == 0 && fault_poll())
             break;
     }
@@ -70,7 +73,8 @@ int32_t assertcmd(int32_t)
     if (!bad)
         return 0;
     if (!fast)
-        spout21fat(3, "%d contradiction%s in %d observation%s\n", bad, plural(bad), all, plural(all));
+        spout21fat(3, "%d contradiction%s in %d observation%s\n", bad, plural(bad), all,
+                   plural(all));
     rc = errout(9, "assertion is false\n");
     return rc0 ? 0 : rc;
 }

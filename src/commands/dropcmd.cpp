@@ -5,6 +5,7 @@
 #include "data/dsa.h"
 #include "expr/generate.h"
 #include "expr/parse.h"
+#include "expr/rows.h"
 #include "expr/varlist.h"
 #include "interp/messages.h"
 #include "output/print.h"
@@ -48,8 +49,10 @@ int32_t dropvars(bool keep)
 int32_t markrows(uint32_t flag, bool keep)
 {
     int32_t n = keep ? _Nobs : 0;
+    rowvalues v;
+    rv_open(&v, nullptr, parinfo->pi_obs2);
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if (selobs(obs)) {
+        if (rv_selected(&v, obs)) {
             dsa_bstore(!keep, sysdsa, flag, uint32_t(obs));
             n += keep ? -1 : 1;
         }
@@ -80,6 +83,17 @@ int32_t droprows(bool keep)
 
 int32_t drop(int32_t keep)
 {
+    // Emptying or keeping all of an empty memory is nothing to complain about.
+    if (!_Kvar && byvar < 2) {
+        gettok_state at;
+        ti_stattok(tokinfo, &at);
+        bool all = !strcmp(ti_gettok(tokinfo, prsevar), "_all") && !*ti_gettok(tokinfo, prsevar);
+        if (all && !keep)
+            allgone();
+        if (all)
+            return 0;
+        ti_resettok(tokinfo, &at);
+    }
     parinfo->pi_vlist = parinfo->pi_if = parinfo->pi_in = PI_OK;
     parinfo->pi_blankall = 0;
     parinfo->pi_orin = 1;

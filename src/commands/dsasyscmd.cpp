@@ -202,7 +202,7 @@ void query_data(const dsa_area *d)
     spout21f("  spare=%s\n", d->spare ? "yes" : "no");
     line("fsa_blocks", d->fsa.nblock);
     char num[40];
-    spout21f("  Up to %s observations\n", fmt_comma(num, dsa__N_max_calc(d, true)));
+    spout21f("  Up to %s observations\n", fmt_comma(num, dsa__N_max_calc(d, true) - 1.0));
 }
 
 void query_down(const dsa_area *d)

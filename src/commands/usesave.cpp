@@ -270,7 +270,7 @@ int32_t save(int32_t)
         macuse("S_FN", file);
     size_t n = strlen(file);
     if (n < 1 || n > size_t(filenamelen) - 1)
-        return errout(RC_SYNTAX, "invalid file specification\n");
+        return error(RC_BADFILENAME);
     std::string path = path_addext(file, ".dta");
     parinfo->pi_vlist = parinfo->pi_if = parinfo->pi_in = parinfo->pi_exp = parinfo->pi_wgt =
         parinfo->pi_using = PI_NO;

@@ -47,8 +47,9 @@ static const re2::RE2 &compile(const char *pattern)
 // Pieces of the leftmost-longest match of pattern in text; empty without one.
 static bool match(const re2::RE2 &re, const char *text, std::vector<piece> *pieces)
 {
+    static std::vector<re2::StringPiece> sub;  // keeps its room from row to row
     re2::StringPiece in(text);
-    std::vector<re2::StringPiece> sub(size_t(1 + re.NumberOfCapturingGroups()));
+    sub.assign(size_t(1 + re.NumberOfCapturingGroups()), {});
     if (!re.Match(in, 0, in.size(), re2::RE2::UNANCHORED, sub.data(), int(sub.size())))
         return false;
     pieces->clear();
@@ -68,7 +69,7 @@ int32_t regx_match(const char *text, const char *pattern, char *why, size_t len)
             snprintf(why, len, "%s", re.error().c_str());
         return -1;
     }
-    std::vector<piece> found;
+    static std::vector<piece> found;
     if (!match(re, text, &found))
         return 0;
     lasttext = text;
@@ -82,10 +83,11 @@ void regx_replace(const char *text, const char *pattern, const char *subst, char
     if (!max)
         return;
     const re2::RE2 &re = compile(pattern);
-    std::vector<piece> found;
-    std::string s = text;
+    static std::vector<piece> found;
+    static std::string s, by;
+    s = text;
     if (re.ok() && match(re, text, &found)) {
-        std::string by;
+        by.clear();
         for (const char *p = subst; *p; p++) {
             if (*p == '\\' && p[1] >= '0' && p[1] <= '9') {
                 auto k = size_t(*++p - '0');

@@ -85,14 +85,13 @@ static void fillmissing(int32_t var, int32_t from, int32_t to)
 // is looked for at each new run of rows.
 template <uint8_t TYPE> static void fillnum(int32_t var, int32_t obs1, int32_t obs2)
 {
-    parinfo_t *pi = parinfo;
-    xeqpgm *pgm = pi->wepgm;
-    bool cond = pi->pi_hasif;
     int64_t nmiss = 0;
     rowwalk w;
+    rowvalues v;
+    rv_open(&v, parinfo->wepgm, obs2);
     for (int32_t obs = obs1; obs <= obs2; obs++) {
         char *at = rw_at(&w, var, obs);
-        double z = cond && !selobs(obs) ? misval : pi_xeq(pi, pgm, obs);
+        double z = rv_selected(&v, obs) ? rv_value(&v, obs) : misval;
         nmiss += z >= misval;
         num_store<TYPE>(z, at);
         if (w.left == 0 && fault_poll())

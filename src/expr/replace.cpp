@@ -24,14 +24,8 @@ static struct {
 struct replacing {
     int32_t var, obs, obs2;
     bool promote, noroom;
-    bool cond;
     xeqpgm *pgm;
 };
-
-inline bool selected(const replacing &r, int32_t obs)
-{
-    return !r.cond || selobs(obs);
-}
 
 // A value that an integer type may hold at once; others take the long way.
 template <uint8_t TYPE> inline bool holds(double z)
@@ -75,15 +69,17 @@ static bool storewide(replacing *r, double z)
 template <uint8_t TYPE> static void integers(replacing *r)
 {
     rowwalk w;
+    rowvalues v;
+    rv_open(&v, r->pgm, r->obs2);
     for (; r->obs <= r->obs2; r->obs++) {
         char *at = rw_at(&w, r->var, r->obs);
         if (w.left == 0 && fault_poll()) {
             r->obs = r->obs2 + 1;
             return;
         }
-        if (!selected(*r, r->obs))
+        if (!rv_selected(&v, r->obs))
             continue;
-        double z = pi_xeq(parinfo, r->pgm, r->obs);
+        double z = rv_value(&v, r->obs);
         if (z == num_load<TYPE>(at))
             continue;
         if (holds<TYPE>(z)) {
@@ -100,15 +96,17 @@ template <uint8_t TYPE> static void integers(replacing *r)
 template <uint8_t TYPE> static void reals(replacing *r)
 {
     rowwalk w;
+    rowvalues v;
+    rv_open(&v, r->pgm, r->obs2);
     for (; r->obs <= r->obs2; r->obs++) {
         char *at = rw_at(&w, r->var, r->obs);
         if (w.left == 0 && fault_poll()) {
             r->obs = r->obs2 + 1;
             return;
         }
-        if (!selected(*r, r->obs))
+        if (!rv_selected(&v, r->obs))
             continue;
-        double z = pi_xeq(parinfo, r->pgm, r->obs), old = num_load<TYPE>(at);
+        double z = rv_value(&v, r->obs), old = num_load<TYPE>(at);
         num_store<TYPE>(z, at);
         z = num_load<TYPE>(at);
         if (z != old) {
@@ -138,7 +136,7 @@ static void strings(replacing *r)
         auto obs = uint32_t(r->obs);
         if ((obs & 0xfff) == 0 && fault_poll())
             return;
-        if (!selected(*r, r->obs))
+        if (!selobs(r->obs))
             continue;
         sxeq(r->pgm, r->obs, now);
         if (!strcmp(now, dsa_sdata(sysdsa, var, obs, old)))
@@ -205,7 +203,7 @@ int32_t replace(int32_t)
     if (rc)
         return rc;
     replacing r{parinfo->vl_vr[0], parinfo->pi_obs1, parinfo->pi_obs2, promote, false,
-                parinfo->pi_hasif != 0, parinfo->wepgm};
+                parinfo->wepgm};
     if (byvar < 2) {
         c = {};
         c.oldtype = _typlist[r.var - 1];

@@ -1,6 +1,8 @@
-// expr/rows.h - walking one variable down the rows, for loops that run per observation.
+// expr/rows.h - walking down the rows, for loops that run per observation: the cells of one
+// variable, and the values of the condition and the expression of the parse.
 #pragma once
 #include "data/dsa.h"
+#include "expr/parse.h"
 #include <cmath>
 #include <cstring>
 
@@ -48,4 +50,54 @@ template <uint8_t TYPE> inline void num_store(double z, char *at)
         memcpy(at, &f, sizeof f);
     } else
         cell_store(z, TYPE, at);
+}
+
+// The condition and the expression at one observation after the other. Programs that can be
+// run for many observations at once are; then a value is the one from before the loop stored
+// anything in the rows of the block, which such programs cannot tell from the other.
+struct rowvalues {
+    xeqpgm *cond, *exp;  // null when there is none
+    int32_t last;        // observation the loop ends with
+    bool blocked;
+    int32_t from = 0, n = 0;
+    double sel[xq_block], val[xq_block];
+};
+
+inline void rv_open(rowvalues *v, xeqpgm *exp, int32_t last)
+{
+    v->cond = parinfo->pi_hasif ? parinfo->ifpgm : nullptr;
+    v->exp = exp;
+    v->last = last;
+    v->blocked = (!v->cond || xeq_can_block(v->cond)) && (!exp || xeq_can_block(exp));
+    v->from = v->n = 0;
+}
+
+inline void rv_fill(rowvalues *v, int32_t obs)
+{
+    v->from = obs;
+    v->n = v->last - obs < xq_block ? v->last - obs + 1 : xq_block;
+    bool any = true;
+    if (v->cond) {
+        xeq_block(parinfo, v->cond, obs, v->n, v->sel);
+        any = false;
+        for (int32_t i = 0; i < v->n; i++)
+            any |= v->sel[i] != 0;
+    }
+    if (any && v->exp)
+        xeq_block(parinfo, v->exp, obs, v->n, v->val);
+}
+
+// Is obs selected? To be asked of each observation in turn, before its value.
+inline bool rv_selected(rowvalues *v, int32_t obs)
+{
+    if (!v->blocked)
+        return !v->cond || pi_xeq(parinfo, v->cond, obs) != 0;
+    if (obs - v->from >= v->n)
+        rv_fill(v, obs);
+    return !v->cond || v->sel[obs - v->from] != 0;
+}
+
+inline double rv_value(rowvalues *v, int32_t obs)
+{
+    return v->blocked ? v->val[obs - v->from] : pi_xeq(parinfo, v->exp, obs);
 }

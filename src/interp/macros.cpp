@@ -201,34 +201,6 @@ const char *mac_item(const char *text, char *buf, int32_t max, bool *quoted)
     return next;
 }
 
-int32_t mac_setargs(const char *args)
-{
-    while (*args == ' ')
-        args++;
-    size_t n = strlen(args);
-    if (n >= size_t(macrolen))
-        return error(RC_LONGCMD);
-    int32_t rc = *args ? dmsave("_0", typelmac, 0, args, n + 1) : 0;
-    char name[16] = "_", word[macrolen];
-    for (int32_t i = 1; !rc; i++) {
-        while (*args == ' ')
-            args++;
-        if (!*args)
-            break;
-        const char *begin, *end;
-        bool quoted;
-        args = word_at(args, &begin, &end, &quoted);
-        size_t len = size_t(end - begin);
-        if (len >= size_t(macrolen))
-            return error(RC_SYNTAX);
-        *std::to_chars(name + 1, name + 15, i).ptr = 0;
-        memcpy(word, begin, len);
-        word[len] = 0;
-        rc = dmsave(name, typelmac, 0, word, len + 1);
-    }
-    return rc;
-}
-
 int32_t mac_unquote(char **text, size_t *n)
 {
     char *p = *text;

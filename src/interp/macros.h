@@ -33,9 +33,6 @@ int32_t mac_numtext(double z, char *buf);
 // taken off) into buf of max bytes. Returns the place behind it, or null when there is none.
 const char *mac_item(const char *text, char *buf, int32_t max, bool *quoted);
 bool mac_goodname(const char *name, size_t n);  // letters, digits, _; no digit first; 1 to 32
-// Sets _0 and _1, _2, ... of the level in force from the arguments of a call. 0, 198, 950 or
-// 1004 (its words printed); on failure the caller removes the level's macros.
-[[nodiscard]] int32_t mac_setargs(const char *args);
 // Text of an enclosing pair of quotes taken off in place; 198 without its closer.
 [[nodiscard]] int32_t mac_unquote(char **text, size_t *n);
 

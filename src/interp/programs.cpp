@@ -21,11 +21,15 @@ int32_t sys_upline, pgm_indent, sysldtime, load_depth;
 bool sys_is_cls, resort_on_exit, reading_cls_pgm, not_autoload = true;
 void *(*cls_pgmfind_hook)(const char *name, const char *owner);
 
-// A record that goes takes the cached pointer to it along.
+// A record that goes takes the cached pointer to it along, and what it stands for.
 static void on_remove(void *payload, int32_t type)
 {
     if (type == DM_PROGRAM && payload == sys_pgmloc)
         sys_pgmloc = nullptr;
+    else if (type == DM_TMPNAME)
+        post_onremove(payload);
+    else if (type == DM_FILEHANDLE)
+        file_onremove(payload);
 }
 [[maybe_unused]] static const bool hooked = (dm_onremove = on_remove, true);
 

@@ -90,6 +90,8 @@ extern bool hastmp_hreturn;               // _return hold was used at this level
 void cleanhret();
 extern bool hastmp_fhopened;              // a file handle was opened at this level
 void ovfile_autoclose();
+void file_onremove(void *payload);        // what a handle or a posting leads to goes with
+void post_onremove(void *payload);        // its record
 extern int32_t psvfctr;                   // the level's preserved data, -1 none
 // At the end of a level with psvfctr not -1: brings the data back. rc is the level's code.
 [[nodiscard]] int32_t restore_atend(int32_t rc);

@@ -459,12 +459,17 @@ int32_t store_option(const synoption &o, const str &arg, const str &whole)
 
 int32_t claim(const synpattern &p, const str &name, std::vector<bool> *seen)
 {
+    int32_t hit = -1;
     for (size_t i = 0; i < p.options.size(); i++) {
         const synoption &o = p.options[i];
-        if (!(*seen)[i] && name.size() >= o.min && o.name.compare(0, name.size(), name) == 0)
-            return int32_t(i);
+        if ((*seen)[i] || name.size() < o.min || o.name.compare(0, name.size(), name) != 0)
+            continue;
+        if (name.size() == o.name.size())
+            return int32_t(i);  // a whole name goes before an abbreviation
+        if (hit < 0)
+            hit = int32_t(i);
     }
-    return -1;
+    return hit;
 }
 
 int32_t one_option(const synpattern &p, const str &name, const str *arg, std::vector<bool> *seen,

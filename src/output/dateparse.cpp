@@ -92,8 +92,8 @@ static bool monthname(const char **p, double *out)
 }
 
 // A year. In a run of digits that holds later parts too, it has two digits when that is what
-// makes all parts two long and four is not asked for, else four. Two digits need a century: the mask's, or the one that
-// brings the year to the pivot at the latest.
+// makes all parts two long and four is not asked for, else four. Two digits need a century:
+// the mask's, or the one that brings the year to the pivot at the latest.
 static bool year(const char **p, int32_t partsleft, int32_t century, double pivot, bool four,
                  double *out)
 {

@@ -172,7 +172,8 @@ static void hexform(numbuf *b, double z)
     bool normal = e != 0;
     e = normal ? e - 1023 : frac ? -1022 : -1023;
     b->n = snprintf(b->s, sizeof b->s, "%c%d.%013llxX%c%03x", u >> 63 ? '-' : '+', int(normal),
-                    static_cast<unsigned long long>(frac), e < 0 ? '-' : '+', unsigned(std::abs(e)));
+                    static_cast<unsigned long long>(frac), e < 0 ? '-' : '+',
+                    unsigned(std::abs(e)));
 }
 
 // The bytes of the double (16 digits) or of its float (8), most or least significant first.

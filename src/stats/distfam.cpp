@@ -1,5 +1,6 @@
 // stats/distfam.cpp - the families that follow from the incomplete gamma and beta functions:
 // chi-squared, F, t, binomial, Poisson, negative binomial, hypergeometric.
+#include "core/mem.h"
 #include "core/missing.h"
 #include "stats/dist.h"
 #include <cmath>
@@ -314,6 +315,8 @@ double hypergeometric(double N, double K, double n, double k)
     double j = upper ? k + 1 : k, term = hypergeometricp(N, K, n, j), sum = 0;
     while (j >= low && j <= high && term > sum * 1e-18 && term > 0) {
         sum += term;
+        if ((int64_t(j) & 1023) == 0 && fault_poll())
+            return misval;
         if (upper) {
             term *= (K - j) * (n - j) / ((j + 1) * (N - K - n + j + 1));
             j++;

@@ -4,12 +4,13 @@
 //              Computational Statistics and Data Analysis 43 (2003)
 //   bivariate  the integral over the correlation of Z. Drezner and G. O. Wesolowsky, Journal
 //              of Statistical Computation and Simulation 35 (1990), by Gauss-Legendre rules
+#include "core/mem.h"
 #include "core/missing.h"
 #include "stats/dist.h"
 #include "stats/normal.h"
 #include <cmath>
 
-static constexpr double highest_L = 1e10;
+static constexpr double highest_L = 1e7;
 
 struct mixture {
     char kind;  // c chi-squared, b beta, B its density, u upper tail of beta
@@ -37,7 +38,7 @@ static double mix(const mixture *m, double L)
     for (int up = 0; up < 2; up++)
         for (double j = up ? mode + 1 : mode; j >= 0; j += up ? 1 : -1) {
             double w = dist_poisson_term(j, mean), z = part(m, j);
-            if (z >= misval)
+            if (z >= misval || ((int64_t(j) & 255) == 0 && fault_poll()))
                 return misval;
             sum += w * z;
             // Weights fall on both sides; parts are bounded, but a density may still grow.

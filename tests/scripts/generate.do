@@ -55,3 +55,22 @@ gen long lim4 = 2147483620
 gen float lim5 = 1e39
 gen float lim6 = 1e-46
 list lim-lim6 in 1/2
+* many rows at once or one by one: the same values
+drop _all
+set obs 3001
+gen x = _n / 7
+gen a = x * 2 - int(x) if x > 3
+gen b = x[_n] * 2 - int(x) if x[_n] > 3
+assert a == b
+replace a = a + _n if mod(_n, 3)
+replace b = b[_n] + _n if mod(_n, 3)
+assert a == b
+gen byte c = 1
+gen byte d = 1
+replace c = _n * (x > 100)
+replace d = cond(x[_n] > 100, _n, 0)
+assert c == d
+_describe c d
+count if a > 500
+drop if x[_n] > 100 & mod(_n, 2)
+count

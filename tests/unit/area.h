@@ -43,10 +43,9 @@ inline dsa_area *tiny_area(bool issys)
 inline void fresh_system(bool tiny)
 {
     static bool once;
-    if (!once) {
+    if (!once && !sysdsa)
         dminit();
-        once = true;
-    }
+    once = true;
     stopflag = 0;
     if (sysdsa)
         dsa_close(sysdsa);

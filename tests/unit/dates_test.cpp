@@ -57,7 +57,8 @@ TEST(dates, impossible_ones_are_missing)
 TEST(dates, leap_seconds)
 {
     // The first of 27, at the end of June 1972, and the last.
-    double first = dt_dhms(dt_mdy(7, 1, 1972), 0, 0, 0), last = dt_dhms(dt_mdy(1, 1, 2017), 0, 0, 0);
+    double first = dt_dhms(dt_mdy(7, 1, 1972), 0, 0, 0),
+           last = dt_dhms(dt_mdy(1, 1, 2017), 0, 0, 0);
     EXPECT_EQ(dt_Cofc(first - 1), first - 1);
     EXPECT_EQ(dt_Cofc(first), first + 1000);
     EXPECT_EQ(dt_Cofc(last - 1), last - 1 + 26000);
@@ -85,7 +86,8 @@ TEST(dates, formats)
         double z;
         const char *fmt, *want;
     } rows[] = {
-        {day, "%td", "21nov2026"}, {day, "%d", "21nov2026"}, {dt_mdy(1, 2, 1960), "%td", "02jan1960"},
+        {day, "%td", "21nov2026"}, {day, "%d", "21nov2026"},
+        {dt_mdy(1, 2, 1960), "%td", "02jan1960"},
         {c, "%tc", "21nov2026 03:17:59"}, {dt_fromday(day, 'w'), "%tw", "2026w47"},
         {dt_fromday(day, 'm'), "%tm", "2026m11"}, {dt_fromday(day, 'q'), "%tq", "2026q4"},
         {dt_fromday(day, 'h'), "%th", "2026h2"}, {2026, "%ty", "2026"},
@@ -122,10 +124,12 @@ TEST(dates, reading)
         {"20261121", "YMD", misval, day}, {"112126", "MD20Y", misval, day},
         {"112126", "MDY", 2030, day}, {"21.11.26", "DMY", 2030, day},
         {"21/11/26", "DMY", 2025, dt_mdy(11, 21, 1926)}, {"21/11/26", "DMY", misval, misval},
-        {"21/11/26", "DM19Y", misval, dt_mdy(11, 21, 1926)}, {"2026", "Y", misval, dt_mdy(1, 1, 2026)},
+        {"21/11/26", "DM19Y", misval, dt_mdy(11, 21, 1926)},
+        {"2026", "Y", misval, dt_mdy(1, 1, 2026)},
         {"Sat 21 nov 2026", "#DMY", misval, day}, {"31feb2026", "DMY", misval, misval},
         {"21nov2026 x", "DMY", misval, misval}, {"21no2026", "DMY", misval, misval},
-        {"21nov2026", "DMX", misval, misval}, {"21nov2026", "DDY", misval, misval}, {"", "DMY", misval, misval},
+        {"21nov2026", "DMX", misval, misval}, {"21nov2026", "DDY", misval, misval},
+        {"", "DMY", misval, misval},
     };
     for (const row &r : rows)
         EXPECT_EQ(ovclock(r.text, r.mask, r.pivot, 'd'), r.want) << r.text << " " << r.mask;
@@ -133,7 +137,8 @@ TEST(dates, reading)
         {"21nov2026 15:17:59", "DMYhms", misval, at}, {"21nov202615:17:59", "DMYhms", misval, at},
         {"3:17:59 pm 21nov2026", "hmsDMY", misval, at}, {"2026112115:17:59", "YMDhms", misval, at},
         {"20261121151759", "YMDhms", misval, at}, {"21nov2026 3:17:59 p.m.", "DMYhms", misval, at},
-        {"21nov2026 15:17:59.5", "DMYhms", misval, at + 500}, {"21nov2026 13:00 pm", "DMYhm", misval, misval},
+        {"21nov2026 15:17:59.5", "DMYhms", misval, at + 500},
+        {"21nov2026 13:00 pm", "DMYhm", misval, misval},
         {"20261121 15:17:59", "YMDhms", misval, at}, {"20261121 15", "YMDh", 2030, at - 1079000},
         {"12:30 am", "hm", misval, 1800000}, {"25:00", "hm", misval, misval},
     };

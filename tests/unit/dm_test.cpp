@@ -14,7 +14,7 @@
 namespace {
 
 // Types nobody else in the tests uses.
-constexpr int32_t T1 = 33, T2 = 36;
+constexpr int32_t T1 = DM_BYOBS, T2 = DM_GRAPH;
 
 struct dm : testing::Test {
     void SetUp() override { s_outlev = 9; }

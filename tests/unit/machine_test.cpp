@@ -151,7 +151,7 @@ protected:
         for (int32_t obs = 1; obs <= n; obs++) {
             for (int32_t v = 1; v <= 5; v++)
                 dsa_store(obs == 4 ? mis_of(2) : obs * 10 + v, sysdsa, uint32_t(v), uint32_t(obs));
-            dsa_sstore(sysdsa, 6, uint32_t(obs), obs == 7 ? "whole" : obs == 4 ? "" : "ab");
+            dsa_safe_sstore(sysdsa, 6, uint32_t(obs), obs == 7 ? "whole" : obs == 4 ? "" : "ab");
         }
         nobss1 = 1;
         nobss2 = n;

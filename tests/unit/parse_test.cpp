@@ -77,7 +77,8 @@ TEST_F(parse, clauses_in_any_order)
     EXPECT_EQ(selected(), 3) << "missing is true";
     ASSERT_EQ(run("x, detail, in 1/2"), 0) << "a second comma ends the options";
     EXPECT_EQ(parinfo->pi_obs2, 2);
-    for (const char *twice : {"x if x if y", "in 1 in 2", "[aw=x] [fw=x]", "using a using b", "x ("})
+    for (const char *twice :
+         {"x if x if y", "in 1 in 2", "[aw=x] [fw=x]", "using a using b", "x ("})
         EXPECT_EQ(run(twice), 198) << twice;
 }
 
@@ -166,7 +167,8 @@ TEST_F(parse, variable_lists)
         int32_t rc;
         const char *want;
     } rows[] = {
-        {"x y", 0, "x y"}, {"x-xb", 0, "x y xa xb"}, {"xa - z1", 0, "xa xb z1"}, {"x*", 0, "x xa xb"},
+        {"x y", 0, "x y"}, {"x-xb", 0, "x y xa xb"}, {"xa - z1", 0, "xa xb z1"},
+        {"x*", 0, "x xa xb"},
         {"x?", 0, "xa xb"}, {"*a*", 0, "xa name"}, {"_all", 0, "x y xa xb z1 name"},
         {"*", 0, "x y xa xb z1 name"}, {"na~e", 0, "name"}, {"z", 0, "z1"}, {"x x", 0, "x x"},
         {"nam", 0, "name"}, {"q", 111, ""}, {"q*", 111, ""}, {"x~", 111, ""}, {"y-x", 111, ""},
@@ -218,7 +220,8 @@ TEST_F(parse, options_are_claimed_by_name)
     char buf[40];
     double v[8];
     int32_t list[8];
-    ASSERT_EQ(run("x, det nolabel level(90) n(3) cut(1 2/4, 8) title( \"a (b\" ) by(x y) as( raw )"), 0);
+    ASSERT_EQ(run("x, det nolabel level(90) n(3) cut(1 2/4, 8) "
+                  "title( \"a (b\" ) by(x y) as( raw )"), 0);
     EXPECT_EQ(ti_pi_findopt(tokinfo, parinfo, "detail", 1, 0), 1);
     EXPECT_EQ(ti_pi_findopt(tokinfo, parinfo, "label", 3, 1), 0);
     EXPECT_EQ(ti_pi_findopt(tokinfo, parinfo, "other", 1, 7), 7);
@@ -300,7 +303,8 @@ TEST_F(parse, numlists)
     } rows[] = {
         {"1 2,3", 0, {1, 2, 3}}, {"1/4", 0, {1, 2, 3, 4}}, {"3/1", 0, {3, 2, 1}},
         {"1(2)6", 0, {1, 3, 5}}, {"6[-2]1", 0, {6, 4, 2}}, {"0 (.1) .3", 0, {0, .1, .2, 3 * .1}},
-        {"1 3 to 9", 0, {1, 3, 5, 7, 9}}, {"1 2: 4 9", 0, {1, 2, 3, 4, 9}}, {"-2/0", 0, {-2, -1, 0}},
+        {"1 3 to 9", 0, {1, 3, 5, 7, 9}}, {"1 2: 4 9", 0, {1, 2, 3, 4, 9}},
+        {"-2/0", 0, {-2, -1, 0}},
         {"", 0, {}}, {"1/", 121, {}}, {"a", 121, {}}, {"1(0)5", 121, {}}, {"1(-1)5", 121, {}},
         {"1 to 5", 121, {}}, {".", 127, {}}, {"1/9", 123, {}}, {"1(1)1e300", 123, {}},
     };

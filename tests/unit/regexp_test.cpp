@@ -34,7 +34,8 @@ TEST(regexp, bad_patterns_and_hard_ones)
     std::string text(200, 'a'), pattern;
     for (int i = 0; i < 60; i++)
         pattern += "a?";
-    EXPECT_EQ(regx_match((text + "b").c_str(), ("(" + pattern + ")*c").c_str(), why, sizeof why), 0);
+    EXPECT_EQ(regx_match((text + "b").c_str(), ("(" + pattern + ")*c").c_str(), why, sizeof why),
+              0);
     EXPECT_EQ(regx_match("\xe9t\xe9", "^.t.$", why, sizeof why), 1);
 }
 

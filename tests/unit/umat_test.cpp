@@ -139,10 +139,10 @@ TEST_F(Umat, SubmatricesAndNames)
     EXPECT_STREQ(m.row[3].name, "r4");
     strcpy(m.col[0].eq, "eq1");
     strcpy(m.col[1].eq, "eq1");
-    expect("T[1..2,\"eq1:\"]", {{1, 2}, {3, 4}});
     EXPECT_EQ(umat_findname(m.col, 2, "eq1:", true), 2);
     EXPECT_EQ(umat_findname(m.col, 2, "eq1:c2", false), 2);
     EXPECT_EQ(umat_findname(m.col, 2, "eq2:c2", false), 0);
+    expect("T[1..2,\"eq1:\"]", {{1, 2}, {3, 4}});
 }
 
 TEST_F(Umat, FailuresLeaveNothingBehind)
