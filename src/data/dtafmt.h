@@ -65,5 +65,9 @@ struct dtadict {
 
 void get113fmt(char *out, const char *format);             // 12 bytes
 void cnv110to111vtype(uint8_t *types, int32_t K);
+// The characteristics between dictionary and rows, for the file variables k with vars[k] above
+// 0, which is their number in memory, and with ofdata for the dataset as well.
+[[nodiscard]] int32_t dta_readchars(int32_t fd, const dtadict *d, const char *file,
+                                    const int32_t *vars, bool ofdata);
 // Value labels at the end of a file. wanted is null for all tables.
 [[nodiscard]] int32_t loadlab(int32_t fd, const dtadict *dict, bool (*wanted)(const char *name));

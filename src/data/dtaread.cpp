@@ -41,7 +41,6 @@ struct usejob {
 
 static bool wants(const usejob *j, int32_t k) { return !j->o->wanted || j->o->wanted[k]; }
 
-static int32_t corrupt(const usejob *j) { return fierr(RC_CORRUPT, j->name); }
 static int32_t shortread(const usejob *j) { return fierr(RC_IOREAD, j->name); }
 
 // ---- variables
@@ -139,7 +138,8 @@ static bool skip(int32_t fd, int64_t n)
 }
 
 // The record's bytes b hold owner and name in w bytes each, then the text.
-static int32_t one_char(const usejob *j, uint8_t *b, size_t n, size_t w)
+static int32_t one_char(const dtadict *d, const int32_t *vars, bool ofdata, uint8_t *b, size_t n,
+                        size_t w)
 {
     if (n <= 2 * w)
         return 0;
@@ -148,16 +148,18 @@ static int32_t one_char(const usejob *j, uint8_t *b, size_t n, size_t w)
     if (chkname(name, true))
         return 0;
     if (!strcmp(owner, "_dta"))
-        return charsave(owner, name, owner + 2 * w);
-    for (int32_t k = 0; k < j->d.K; k++)
-        if (j->vars[size_t(k)] && !strcmp(owner, j->d.names[k]))
-            return charsave(_varlist[j->vars[size_t(k)] - 1], name, owner + 2 * w);
+        return ofdata ? charsave(owner, name, owner + 2 * w) : 0;
+    for (int32_t k = 0; k < d->K; k++)
+        if (vars[size_t(k)] && !strcmp(owner, d->names[k]))
+            return charsave(_varlist[vars[size_t(k)] - 1], name, owner + 2 * w);
     return 0;
 }
 
-static int32_t getgchar(usejob *j)
+int32_t dta_readchars(int32_t fd, const dtadict *d, const char *file, const int32_t *vars,
+                      bool ofdata)
 {
-    int32_t head = j->d.lay->expansion;
+    int32_t head = d->lay->expansion;
+    byteorder order = dta_order(&d->h);
     size_t w = head == 3 ? 9 : 33;
     if (head == 0)
         return 0;
@@ -167,19 +169,18 @@ static int32_t getgchar(usejob *j)
         return error(RC_NOMEM);
     for (;;) {
         uint8_t b[5] = {};
-        if (ovata_read(j->fd, b, head) < head)
-            return shortread(j);
-        int64_t len = head == 3 ? int64_t(get16(b + 1, j->order))
-                                : int64_t(int32_t(get32(b + 1, j->order)));
+        if (ovata_read(fd, b, head) < head)
+            return fierr(RC_IOREAD, file);
+        int64_t len = head == 3 ? int64_t(get16(b + 1, order)) : int64_t(int32_t(get32(b + 1, order)));
         if (b[0] == 0 && (head == 3 || len == 0))
             return 0;
-        int64_t left = ov_left(j->fd);
+        int64_t left = ov_left(fd);
         if (len < 0 || (left >= 0 && len > left))
-            return corrupt(j);
+            return fierr(RC_CORRUPT, file);
         int64_t take = b[0] != 1 ? 0 : len < most ? len : most;
-        if (ovata_read(j->fd, buf.get(), int32_t(take)) < take || !skip(j->fd, len - take))
-            return shortread(j);
-        int32_t rc = take ? one_char(j, buf.get(), size_t(take), w) : 0;
+        if (ovata_read(fd, buf.get(), int32_t(take)) < take || !skip(fd, len - take))
+            return fierr(RC_IOREAD, file);
+        int32_t rc = take ? one_char(d, vars, ofdata, buf.get(), size_t(take), w) : 0;
         if (rc)
             return rc;
     }
@@ -341,7 +342,7 @@ static int32_t fill_memory(usejob *j)
         spout21f("(%s)\n", datalbl);
     }
     take_sortlist(j);
-    if ((rc = getgchar(j)))
+    if ((rc = dta_readchars(j->fd, &j->d, j->name, j->vars.get(), true)))
         return rc;
     if (j->o->begin && (rc = j->o->begin(j->o->arg, j->d.N)))
         return rc;
