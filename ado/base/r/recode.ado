@@ -1,7 +1,6 @@
 *! change values of variables by rules
 program recode
 	version 12.1
-
 	* the variables end where the first rule begins
 	local list
 	local rest `"`0'"'
