@@ -83,6 +83,17 @@ int32_t droprows(bool keep)
 
 int32_t drop(int32_t keep)
 {
+    // Emptying or keeping all of an empty memory is nothing to complain about.
+    if (!_Kvar && byvar < 2) {
+        gettok_state at;
+        ti_stattok(tokinfo, &at);
+        bool all = !strcmp(ti_gettok(tokinfo, prsevar), "_all") && !*ti_gettok(tokinfo, prsevar);
+        if (all && !keep)
+            allgone();
+        if (all)
+            return 0;
+        ti_resettok(tokinfo, &at);
+    }
     parinfo->pi_vlist = parinfo->pi_if = parinfo->pi_in = PI_OK;
     parinfo->pi_blankall = 0;
     parinfo->pi_orin = 1;

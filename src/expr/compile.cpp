@@ -739,7 +739,7 @@ static int32_t compexp(toktype *ti, xeqpgm *pgm, int32_t wanted, bool closebrack
     ti->ugetflg = ti->ugotflg = 0;
     char *buf = static_cast<char *>(safemalloc(strlen(text) + 2));
     if (!buf)
-        return errout(9710, "insufficient memory for expression\n");
+        return errout(9710, "op. sys. refuses to provide memory\n");
     extent x{text, buf, buf, 0, 0, literal};
     int32_t rc = find_extent(&x, closebracket);
     ti->lc_ptr = text;
