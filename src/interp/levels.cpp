@@ -290,6 +290,10 @@ void doepilog(doframe *f, int32_t kind)
     }
     uint8_t pgmclass = program_class;
     leave_settings(f);
+    if (::estrestore)
+        estirestore();
+    if (hastmp_estheld)
+        cleanesti();
     if (resort_on_exit) {
         int32_t rc = sort_restore(true);
         if (rc && !globalrc)

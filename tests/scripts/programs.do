@@ -170,3 +170,17 @@ if 0 {
 }
 capture notmade
 display _rc
+* held estimates come back with the level when asked
+program fits, eclass
+  ereturn clear
+  ereturn local cmd "`1'"
+end
+program keepsest
+  _estimates hold old, restore
+  fits inner
+  display "`e(cmd)'"
+end
+fits outer
+keepsest
+display "`e(cmd)'"
+_estimates dir
