@@ -58,6 +58,10 @@ struct dtadict {
 };
 // Reads what follows a header that was read into dict->h. Prints its words.
 [[nodiscard]] int32_t dta_readdict(int32_t fd, dtadict *dict, const char *name);
+// Reads the expansion fields and hands out each characteristic. A code of each ends the reading.
+using dta_charfn = int32_t (*)(void *arg, const char *owner, const char *name, const char *text);
+[[nodiscard]] int32_t getgchar(int32_t fd, const dtadict *dict, const char *file, dta_charfn each,
+                               void *arg);
 // Opens, reads header and dictionary, closes.
 [[nodiscard]] int32_t dta_peek(const char *name, dtadict *dict);
 // Lists fields and sections by name and offset.
@@ -65,9 +69,5 @@ struct dtadict {
 
 void get113fmt(char *out, const char *format);             // 12 bytes
 void cnv110to111vtype(uint8_t *types, int32_t K);
-// The characteristics between dictionary and rows, for the file variables k with vars[k] above
-// 0, which is their number in memory, and with ofdata for the dataset as well.
-[[nodiscard]] int32_t dta_readchars(int32_t fd, const dtadict *d, const char *file,
-                                    const int32_t *vars, bool ofdata);
 // Value labels at the end of a file. wanted is null for all tables.
 [[nodiscard]] int32_t loadlab(int32_t fd, const dtadict *dict, bool (*wanted)(const char *name));

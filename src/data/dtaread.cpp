@@ -124,66 +124,17 @@ static void take_sortlist(const usejob *j)
     _srtlist[n] = 0;
 }
 
-// ---- expansion fields
+// ---- characteristics
 
-static bool skip(int32_t fd, int64_t n)
+static int32_t take_char(void *arg, const char *owner, const char *name, const char *text)
 {
-    char piece[1024];
-    for (; n > 0; n -= 1024) {
-        int32_t want = n < 1024 ? int32_t(n) : 1024;
-        if (ovata_read(fd, piece, want) < want)
-            return false;
-    }
-    return true;
-}
-
-// The record's bytes b hold owner and name in w bytes each, then the text.
-static int32_t one_char(const dtadict *d, const int32_t *vars, bool ofdata, uint8_t *b, size_t n,
-                        size_t w)
-{
-    if (n <= 2 * w)
-        return 0;
-    b[w - 1] = b[2 * w - 1] = b[n] = 0;
-    auto owner = reinterpret_cast<const char *>(b), name = owner + w;
-    if (chkname(name, true))
-        return 0;
+    auto j = static_cast<const usejob *>(arg);
     if (!strcmp(owner, "_dta"))
-        return ofdata ? charsave(owner, name, owner + 2 * w) : 0;
-    for (int32_t k = 0; k < d->K; k++)
-        if (vars[size_t(k)] && !strcmp(owner, d->names[k]))
-            return charsave(_varlist[vars[size_t(k)] - 1], name, owner + 2 * w);
+        return charsave(owner, name, text);
+    for (int32_t k = 0; k < j->d.K; k++)
+        if (j->vars[size_t(k)] && !strcmp(owner, j->d.names[k]))
+            return charsave(_varlist[j->vars[size_t(k)] - 1], name, text);
     return 0;
-}
-
-int32_t dta_readchars(int32_t fd, const dtadict *d, const char *file, const int32_t *vars,
-                      bool ofdata)
-{
-    int32_t head = d->lay->expansion;
-    byteorder order = dta_order(&d->h);
-    size_t w = head == 3 ? 9 : 33;
-    if (head == 0)
-        return 0;
-    constexpr int64_t most = 66 + char_maxlen + 1;
-    block buf(static_cast<uint8_t *>(safemalloc(size_t(most) + 1)));
-    if (!buf)
-        return error(RC_NOMEM);
-    for (;;) {
-        uint8_t b[5] = {};
-        if (ovata_read(fd, b, head) < head)
-            return fierr(RC_IOREAD, file);
-        int64_t len = head == 3 ? int64_t(get16(b + 1, order)) : int64_t(int32_t(get32(b + 1, order)));
-        if (b[0] == 0 && (head == 3 || len == 0))
-            return 0;
-        int64_t left = ov_left(fd);
-        if (len < 0 || (left >= 0 && len > left))
-            return fierr(RC_CORRUPT, file);
-        int64_t take = b[0] != 1 ? 0 : len < most ? len : most;
-        if (ovata_read(fd, buf.get(), int32_t(take)) < take || !skip(fd, len - take))
-            return fierr(RC_IOREAD, file);
-        int32_t rc = take ? one_char(d, vars, ofdata, buf.get(), size_t(take), w) : 0;
-        if (rc)
-            return rc;
-    }
 }
 
 // ---- rows
@@ -342,7 +293,7 @@ static int32_t fill_memory(usejob *j)
         spout21f("(%s)\n", datalbl);
     }
     take_sortlist(j);
-    if ((rc = dta_readchars(j->fd, &j->d, j->name, j->vars.get(), true)))
+    if ((rc = getgchar(j->fd, &j->d, j->name, take_char, j)))
         return rc;
     if (j->o->begin && (rc = j->o->begin(j->o->arg, j->d.N)))
         return rc;
