@@ -191,7 +191,7 @@ int32_t markvar(int32_t *var)
     const char *tok = ti_gettok(tokinfo, prsestd);
     if (!*tok)
         return required("varname");
-    *var = ovata_findvar(tok, 1, true);
+    *var = findtyped(tok, true);
     return *var < 0 ? -*var : 0;
 }
 
