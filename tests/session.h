@@ -36,8 +36,9 @@ inline void session()
     if (!mkdtemp(dir) || chdir(dir))
         abort();
     static std::string remove = std::string("rm -rf ") + dir;
+    static pid_t self = getpid();
     atexit([] {
-        if (system(remove.c_str())) {
+        if (getpid() == self && system(remove.c_str())) {
         }
     });
     setenv("HOME", dir, 1);

@@ -527,7 +527,8 @@ static int32_t names_of(str *out, int32_t type, const str &pattern, int32_t aux)
     char name[33];
     void *p = nullptr;
     while ((p = dmnext(p, name, type, nullptr)))
-        if ((aux < 0 || dm_rec(p)->aux == aux) && str_match(name, pattern.c_str()) != 0)
+        if ((aux < 0 || dm_rec(p)->aux == aux) && !mac_hidden(name) &&
+            str_match(name, pattern.c_str()) != 0)
             names.emplace_back(name);
     std::sort(names.begin(), names.end());
     *out = joined(names);
