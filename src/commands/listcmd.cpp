@@ -131,7 +131,7 @@ int32_t fit(listing *l)
             c.width = h;
     }
     char num[16];
-    l->obswidth = snprintf(num, sizeof num, "%d", last - parinfo->pi_obs1 + 1 > 0 ? last : 1);
+    l->obswidth = snprintf(num, sizeof num, "%d", last ? last - nobss1 + 1 : 1);
     return n;
 }
 
