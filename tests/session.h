@@ -46,7 +46,7 @@ inline void session()
     setenv("OVATATMP", dir, 1);
     setenv("OVATA_EDITION", "small7", 0);
 #ifdef OVATA_SOURCE_DIR
-    setenv("SYSDIR_OVATA", OVATA_SOURCE_DIR "/ado", 1);
+    setenv("SYSDIR_OVATA", OVATA_SOURCE_DIR, 1);
 #endif
     int null = open("/dev/null", O_RDONLY);
     dup2(null, 0);

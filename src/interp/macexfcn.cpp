@@ -469,7 +469,7 @@ static int32_t f_permname(str *out)
     for (int32_t i = 1; sysfindvar(out->c_str()); i++) {
         str digits = std::to_string(i);
         if (digits.size() >= size_t(len))
-            return error(RC_EXISTS);
+            return error2(3, base.c_str());
         *out = base.substr(0, size_t(len) - digits.size()) + digits;
     }
     return at_end();
