@@ -466,14 +466,13 @@ int32_t pgm(int32_t)
     if (!*tok)
         return error(RC_SYNTAX);
     char next = ti_peektok_chr(tokinfo);
-    bool bare = !next || next == ',';
     if (cmdcmp(tok, "dir", 2) && !next)
         return dir();
     if (cmdcmp(tok, "list", 1) && next != ',')
         return list();
-    if (!strcmp(tok, "drop") && !bare)
+    if (!strcmp(tok, "drop"))
         return pgmdrop();
-    if (cmdcmp(tok, "define", 2) && !bare)
-        ti_gettok(tokinfo, prsestd);
+    if (cmdcmp(tok, "define", 2) && !*ti_gettok(tokinfo, prsestd))
+        return error(RC_SYNTAX);
     return pgmgen();
 }
