@@ -12,24 +12,23 @@ program append
 		gettoken file 0 : 0, parse(" ,")
 	}
 	local 0 `", `0'"'
-	syntax [, Generate(name) KEEP(namelist) noLabel FORCE]
+	syntax [, Generate(name) *]
 	if "`generate'" != "" {
 		confirm new variable `generate'
-		quietly gen int `generate' = 0
-	}
-	if "`keep'" != "" {
-		local keep keep(`keep')
+		tempvar source
+		quietly gen int `source' = 0
 	}
 	local number 0
 	foreach file of local files {
 		local before = c(N)
-		_append using `"`file'"', `keep' `label' `force'
+		_append using `"`file'"', `options'
 		local ++number
 		if "`generate'" != "" & c(N) > `before' {
-			quietly replace `generate' = `number' in `=`before' + 1'/l
+			quietly replace `source' = `number' in `=`before' + 1'/l
 		}
 	}
 	if "`generate'" != "" {
-		quietly compress `generate'
+		quietly compress `source'
+		_rename `source' `generate'
 	}
 end
