@@ -9,47 +9,11 @@
 //              (P. J. Davis and P. Rabinowitz, Methods of Numerical Integration, 1984)
 #include "core/missing.h"
 #include "stats/distcore.h"
+#include "stats/distquad.h"
 #include "stats/normal.h"
 
 static constexpr double lowest_a = 1e-10, highest_a = 1e17;
 static constexpr int maxsteps = 100000;
-
-// ---- tails by quadrature
-
-static const double gl_x[16] = {
-    0.048307665687738316235, 0.14447196158279649349, 0.23928736225213707454,
-    0.33186860228212764978,  0.42135127613063534536, 0.50689990893222939002,
-    0.58771575724076232904,  0.66304426693021520098, 0.73218211874028968039,
-    0.79448379594796240696,  0.84936761373256997013, 0.89632115576605212397,
-    0.93490607593773968917,  0.96476225558750643077, 0.9856115115452683354,
-    0.99726386184948156354};
-static const double gl_w[16] = {
-    0.096540088514727800567, 0.095638720079274859419, 0.093844399080804565639,
-    0.091173878695763884713, 0.087652093004403811143, 0.083311924226946755222,
-    0.078193895787070306472, 0.072345794108848506225, 0.065822222776361846838,
-    0.058684093478535547145, 0.050998059262376176196, 0.042835898022226680657,
-    0.034273862913021433103, 0.025392065309262059456, 0.016274394730905670605,
-    0.0070186100094700966004};
-
-// The integral of exp(-c(s)) over s from 0 on; c(0) is 0, c is convex and does not fall.
-// first and second are its derivatives at 0.
-template <class F> static double falling(F c, double first, double second)
-{
-    double top = std::fmin(39 / first, std::sqrt(78 / second)), at = 0, before = 0, was = 0;
-    for (int i = 0; i < 60; i++) {  // a secant in logarithms finds c near 39 in a few steps
-        at = c(top);
-        if (at > 37.5 && at < 46)
-            break;
-        double slope = was > 0 && top != before ? std::log(at / was) / std::log(top / before) : 1.5;
-        before = top;
-        was = at;
-        top *= std::pow(40 / at, 1 / (slope > 0.9 && slope < 1e3 ? slope : 1.5));
-    }
-    double sum = 0, half = top / 2;
-    for (int i = 0; i < 16; i++)
-        sum += gl_w[i] * (std::exp(-c(half - half * gl_x[i])) + std::exp(-c(half + half * gl_x[i])));
-    return sum * half;
-}
 
 // ---- incomplete gamma
 
@@ -60,7 +24,7 @@ static void gamma_integral(double a, double x, tails *out)
     double slope = std::fabs(a - x), sign = low ? -1 : 1;
     auto c = [=](double s) { return slope * s + x * dist_exp_rest(sign * s); };
     wide front = dist_gammafront(a, x);
-    double tail = front < -760 ? 0 : double(std::exp(front) * falling(c, slope, x));
+    double tail = front < -760 ? 0 : double(std::exp(front) * dist_falling(c, slope, x));
     *out = low ? tails{tail, 1 - tail} : tails{1 - tail, tail};
 }
 
@@ -158,13 +122,13 @@ static double beta_integral(const betapoint *p)
     lambda = lambda > 0 ? lambda : 0;
     double first = lambda, second = n * x * y;
     if (x <= 0.5)
-        return falling(
+        return dist_falling(
             [=](double s) {
                 return lambda * s
                        + n * (x * dist_exp_rest(-s) - dist_log_rest(x * std::expm1(-s)));
             },
             first, second);
-    return falling(
+    return dist_falling(
         [=](double s) {
             return lambda * s + n * (y * dist_exp_rest(s) - dist_log_rest(y * std::expm1(s)));
         },
