@@ -2,8 +2,8 @@
 program clear
 	version 12.1
 	syntax [anything(name=what)]
-	local all = "`what'" == "_all" | "`what'" == "*"
-	if !inlist("`what'", "", "_all", "*", "results", "matrix", "programs", "ado") {
+	local all = inlist("`what'", "all", "_all", "*")
+	if !inlist("`what'", "", "all", "_all", "*", "results", "matrix", "programs", "ado") {
 		display as error `"`what' not allowed"'
 		exit 198
 	}
