@@ -36,7 +36,7 @@ static void scatter_data(lcg &rnd)
         if (rnd(2))
             (void)!charsave(name.c_str(), "note1", word(rnd, 300).c_str());
     }
-    (void)!dsa_add_obs(sysdsa, N, true);
+    (void)!dsa_add_obs(sysdsa, _Kvar ? N : 0, true);  // rows without variables are not kept
     for (int32_t k = 1; k <= _Kvar; k++)
         for (int32_t i = 1; i <= _Nobs; i++)
             if (t_isstr(_typlist[k - 1]))

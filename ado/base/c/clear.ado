@@ -10,6 +10,13 @@ program clear
 	if "`what'" == "" | `all' {
 		drop _all
 		label drop _all
+		_label data
+		local names : char _dta[]
+		foreach name of local names {
+			char _dta[`name']
+		}
+		global S_FN
+		global S_FNDATE
 	}
 	if "`what'" == "matrix" | `all' {
 		matrix drop _all

@@ -104,6 +104,7 @@ program collect
 			exit
 		}
 	}
+	global S_FN
 	restore, not
 end
 
