@@ -58,6 +58,10 @@ struct dtadict {
 };
 // Reads what follows a header that was read into dict->h. Prints its words.
 [[nodiscard]] int32_t dta_readdict(int32_t fd, dtadict *dict, const char *name);
+// Reads the expansion fields and hands out each characteristic. A code of each ends the reading.
+using dta_charfn = int32_t (*)(void *arg, const char *owner, const char *name, const char *text);
+[[nodiscard]] int32_t getgchar(int32_t fd, const dtadict *dict, const char *file, dta_charfn each,
+                               void *arg);
 // Opens, reads header and dictionary, closes.
 [[nodiscard]] int32_t dta_peek(const char *name, dtadict *dict);
 // Lists fields and sections by name and offset.

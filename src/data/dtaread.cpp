@@ -41,7 +41,6 @@ struct usejob {
 
 static bool wants(const usejob *j, int32_t k) { return !j->o->wanted || j->o->wanted[k]; }
 
-static int32_t corrupt(const usejob *j) { return fierr(RC_CORRUPT, j->name); }
 static int32_t shortread(const usejob *j) { return fierr(RC_IOREAD, j->name); }
 
 // ---- variables
@@ -125,64 +124,17 @@ static void take_sortlist(const usejob *j)
     _srtlist[n] = 0;
 }
 
-// ---- expansion fields
+// ---- characteristics
 
-static bool skip(int32_t fd, int64_t n)
+static int32_t take_char(void *arg, const char *owner, const char *name, const char *text)
 {
-    char piece[1024];
-    for (; n > 0; n -= 1024) {
-        int32_t want = n < 1024 ? int32_t(n) : 1024;
-        if (ovata_read(fd, piece, want) < want)
-            return false;
-    }
-    return true;
-}
-
-// The record's bytes b hold owner and name in w bytes each, then the text.
-static int32_t one_char(const usejob *j, uint8_t *b, size_t n, size_t w)
-{
-    if (n <= 2 * w)
-        return 0;
-    b[w - 1] = b[2 * w - 1] = b[n] = 0;
-    auto owner = reinterpret_cast<const char *>(b), name = owner + w;
-    if (chkname(name, true))
-        return 0;
+    auto j = static_cast<const usejob *>(arg);
     if (!strcmp(owner, "_dta"))
-        return charsave(owner, name, owner + 2 * w);
+        return charsave(owner, name, text);
     for (int32_t k = 0; k < j->d.K; k++)
         if (j->vars[size_t(k)] && !strcmp(owner, j->d.names[k]))
-            return charsave(_varlist[j->vars[size_t(k)] - 1], name, owner + 2 * w);
+            return charsave(_varlist[j->vars[size_t(k)] - 1], name, text);
     return 0;
-}
-
-static int32_t getgchar(usejob *j)
-{
-    int32_t head = j->d.lay->expansion;
-    size_t w = head == 3 ? 9 : 33;
-    if (head == 0)
-        return 0;
-    constexpr int64_t most = 66 + char_maxlen + 1;
-    block buf(static_cast<uint8_t *>(safemalloc(size_t(most) + 1)));
-    if (!buf)
-        return error(RC_NOMEM);
-    for (;;) {
-        uint8_t b[5] = {};
-        if (ovata_read(j->fd, b, head) < head)
-            return shortread(j);
-        int64_t len = head == 3 ? int64_t(get16(b + 1, j->order))
-                                : int64_t(int32_t(get32(b + 1, j->order)));
-        if (b[0] == 0 && (head == 3 || len == 0))
-            return 0;
-        int64_t left = ov_left(j->fd);
-        if (len < 0 || (left >= 0 && len > left))
-            return corrupt(j);
-        int64_t take = b[0] != 1 ? 0 : len < most ? len : most;
-        if (ovata_read(j->fd, buf.get(), int32_t(take)) < take || !skip(j->fd, len - take))
-            return shortread(j);
-        int32_t rc = take ? one_char(j, buf.get(), size_t(take), w) : 0;
-        if (rc)
-            return rc;
-    }
 }
 
 // ---- rows
@@ -253,15 +205,15 @@ static int32_t take_rows(usejob *j, const rowfield *f, int32_t nf, const char *b
 
 static int32_t read_rows(usejob *j)
 {
-    int32_t N = j->d.N, rc;
     uint64_t w = j->d.width;
+    int32_t N = w ? j->d.N : 0, rc;  // without variables nothing bears out a count of rows
     int64_t left = ov_left(j->fd);
     if (left >= 0 && w * uint64_t(N) > uint64_t(left))
         return shortread(j);
     if (!j->o->keep && N > 0 && (rc = dsa_alloc(sysdsa, 0, 0, int64_t(N) + 1)))
         return rc;
-    if (w == 0)
-        return N > 0 && !j->o->keep ? dsa_add_obs(sysdsa, N, false) : 0;
+    if (N == 0)
+        return 0;
     int64_t many = int64_t(262144 / w);
     many = std::min<int64_t>(std::max<int64_t>(many, 2), N);
     block buf(static_cast<uint8_t *>(safemalloc(uint64_t(many) * w + 2)));
@@ -341,7 +293,7 @@ static int32_t fill_memory(usejob *j)
         spout21f("(%s)\n", datalbl);
     }
     take_sortlist(j);
-    if ((rc = getgchar(j)))
+    if ((rc = getgchar(j->fd, &j->d, j->name, take_char, j)))
         return rc;
     if (j->o->begin && (rc = j->o->begin(j->o->arg, j->d.N)))
         return rc;

@@ -8,6 +8,7 @@
 #include "core/settings.h"
 #include "core/state.h"
 #include "data/dsa.h"
+#include "data/sort.h"
 #include "expr/expr.h"
 #include "expr/parse.h"
 #include "output/dates.h"
@@ -172,6 +173,7 @@ static int32_t c_seed(char *s, double *)
     geturnseed(s);
     return 2;
 }
+NUM(sortseed, sortseed())
 NUM(version_rng, vernum_of_ver_rng(ver_rng) / 100.0)
 NUM(pi, M_PI)
 STR(alpha, "a b c d e f g h i j k l m n o p q r s t u v w x y z")

@@ -99,7 +99,8 @@ static void read_column(int32_t var, int32_t obs, int32_t n, double *out)
             run = int32_t(per - o % per);
         if (uint32_t(run) > have - o)
             run = int32_t(have - o);
-        read_run(_typlist[var - 1], dsa_varobsptr(sysdsa, uint32_t(var), o), sysdsa->width, run, out);
+        read_run(_typlist[var - 1], dsa_varobsptr(sysdsa, uint32_t(var), o), sysdsa->width, run,
+                 out);
         obs += run;
         out += run;
         n -= run;
@@ -155,8 +156,12 @@ template <class F> static void guarded(double *a, int32_t n, F f)
 static void two_sided(int16_t op, double *l, const double *r, int32_t n)
 {
     switch (op) {
-    case OP_OR: pairwise(l, r, n, [](double x, double y) { return double((x != 0) | (y != 0)); }); break;
-    case OP_AND: pairwise(l, r, n, [](double x, double y) { return double((x != 0) & (y != 0)); }); break;
+    case OP_OR:
+        pairwise(l, r, n, [](double x, double y) { return double((x != 0) | (y != 0)); });
+        break;
+    case OP_AND:
+        pairwise(l, r, n, [](double x, double y) { return double((x != 0) & (y != 0)); });
+        break;
     case OP_EQ: compare(l, r, n, [](double x, double y) { return x == y; }); break;
     case OP_NE: compare(l, r, n, [](double x, double y) { return x != y; }); break;
     case OP_GE: compare(l, r, n, [](double x, double y) { return x >= y; }); break;

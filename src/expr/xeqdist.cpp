@@ -2,6 +2,7 @@
 #include "core/missing.h"
 #include "expr/machine.h"
 #include "stats/dist.h"
+#include "stats/distold.h"
 
 struct distrow {
     int16_t op;
@@ -14,7 +15,7 @@ struct distrow {
 #define D3(op, f) {op, 3, nullptr, f, nullptr}
 #define D4(op, f) {op, 4, nullptr, nullptr, f}
 static const distrow rows[] = {
-    D2(OP_TPROB, tprob), D2(OP_INVT, invt), D2(OP_INVCHI, invchi2tail2),
+    D2(OP_TPROB, tprob), D2(OP_INVT, invt_old), D2(OP_INVCHI, invchi2tail),
     D3(OP_BINORMAL, binormal), D2(OP_GAMMAP, gammap2), D3(OP_IBETA, ibeta2),
     D3(OP_IBETATAIL, ibetatail2), D3(OP_INVNCHI, invnchi2), D2(OP_CHI2, chi2cumm2),
     D3(OP_NCHI2, nchi2), D3(OP_F, fcumm2), D3(OP_FTAIL, ftail2), D3(OP_FDEN, fden),
@@ -34,7 +35,21 @@ static const distrow rows[] = {
     D3(OP_NBINOMIAL, nbinomial), D3(OP_NBINOMIALTAIL, nbinomialtail),
     D3(OP_NBINOMIALP, nbinomialp), D3(OP_INVNBINOMIAL, invnbinomial),
     D3(OP_INVNBINOMIALTAIL, invnbinomialtail), D4(OP_HYPERGEOMETRIC, hypergeometric),
-    D4(OP_HYPERGEOMETRICP, hypergeometricp),
+    D4(OP_HYPERGEOMETRICP, hypergeometricp), D2(OP_DGAMMAPDA, dgammapda),
+    D2(OP_DGAMMAPDX, dgammapdx), D2(OP_DGAMMAPDADA, dgammapdada),
+    D2(OP_DGAMMAPDADX, dgammapdadx), D2(OP_DGAMMAPDXDX, dgammapdxdx),
+    D3(OP_SRANGEPROB, srangeprob), D3(OP_INVSRANGEPROB, invsrangeprob),
+    D3(OP_DUNNETTPROB, dunnettprob), D3(OP_INVDUNNETTPROB, invdunnettprob),
+    // the first generation
+    D2(OP_CHIPROB, chi2tail), D2(OP_GAMMAP_OLD, gammap), D2(OP_INVGAMMAP_OLD, invgammap),
+    D2(OP_CHI2_OLD, chi2cumm), D2(OP_INVCHI2_OLD, invchi2cumm),
+    D2(OP_INVCHI2TAIL_OLD, invchi2tail), D3(OP_IBETA_OLD, ibeta),
+    D3(OP_INVIBETA_OLD, invibeta), D3(OP_FTAIL_OLD, ftail), D3(OP_F_OLD, fcumm),
+    D3(OP_INVFTAIL_OLD, invftail), D3(OP_INVF_OLD, invfcumm), D2(OP_TTAIL_OLD, ttail),
+    D2(OP_INVTTAIL_OLD, invttail), D3(OP_BINOMIAL_OLD, binomial_old),
+    D3(OP_INVBINOMIAL_OLD, invbinomial_old), D3(OP_INVNCHI2_OLD, invnchi2_old),
+    D3(OP_NPNCHI2_OLD, npnchi2_old), D4(OP_INVNIBETA_OLD, invnibeta_old),
+    D4(OP_INVNFTAIL_OLD, invnftail_old),
 };
 
 bool xeq_dist(xeqrun *m, int32_t op)

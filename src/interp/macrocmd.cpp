@@ -154,7 +154,7 @@ static int32_t mac_dir()
     for (int32_t type : {int32_t(DM_GLOBAL), typelmac}) {
         void *p = nullptr;
         while ((p = dmnext(p, name, type, nullptr)))
-            if (show(name, static_cast<char *>(p)))
+            if (!mac_hidden(name) && show(name, static_cast<char *>(p)))
                 return stopflag;
     }
     return 0;
@@ -200,7 +200,8 @@ static void drop_matching(const char *prefix, size_t n, int32_t type)
     char name[33];
     void *p = nullptr;
     while ((p = dmnext(p, name, type, nullptr)))
-        if (!strncmp(name, prefix, n) && !(type == DM_GLOBAL && stays(name)))
+        if (!strncmp(name, prefix, n) && !mac_hidden(name) &&
+            !(type == DM_GLOBAL && stays(name)))
             gone.push_back(p);
     for (void *q : gone)
         dmrm(q);

@@ -33,6 +33,8 @@ int32_t mac_numtext(double z, char *buf);
 // taken off) into buf of max bytes. Returns the place behind it, or null when there is none.
 const char *mac_item(const char *text, char *buf, int32_t max, bool *quoted);
 bool mac_goodname(const char *name, size_t n);  // letters, digits, _; no digit first; 1 to 32
+// The list of a running foreach stands among the globals: it is nobody's to see or drop.
+inline bool mac_hidden(const char *name) { return *name == '!'; }
 // Text of an enclosing pair of quotes taken off in place; 198 without its closer.
 [[nodiscard]] int32_t mac_unquote(char **text, size_t *n);
 

@@ -1,5 +1,6 @@
-*! rename a variable
-program ren
+*! rename one variable or many
+program ren, rclass
 	version 12.1
-	_rename `0'
+	rename `0'
+	return add
 end

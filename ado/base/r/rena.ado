@@ -1,5 +1,6 @@
-*! rename a variable
-program rena
+*! rename one variable or many
+program rena, rclass
 	version 12.1
-	_rename `0'
+	rename `0'
+	return add
 end
