@@ -231,7 +231,7 @@ void f_line(char *out, size_t n)
     char a[64], b[64], f[64], left[100];
     snprintf(left, sizeof left, "F(%3.30s,%6.30s)", num(a, e_scalar("df_m"), "%9.0g"),
              num(b, e_scalar("df_r"), "%9.0g"));
-    snprintf(out, n, "%-13s = %7s", left, num(f, e_scalar("F"), "%8.2f"));
+    snprintf(out, n, "%-13s = %7s", left, num(f, e_scalar("F"), "%7.2f"));
 }
 
 void right_side(const char *label, const char *value, char *out, size_t n)
