@@ -20,6 +20,7 @@
 #include "output/fmt.h"
 #include "output/oml.h"
 #include "output/print.h"
+#include "stats/esample.h"
 #include "stats/results.h"
 #include <algorithm>
 #include <cstdio>
@@ -79,7 +80,7 @@ int32_t of_memory(descopts *o, described *d)
     d->stamp = text;
     d->label = datalbl;
     d->N = _Nobs;
-    d->K = _Kvar;
+    d->K = _Kvar - esample_count();
     d->width = double(sysdsa->lrec);
     d->changed = s_updata;
     for (int32_t i = 0; i < parinfo->pi_nvar; i++) {

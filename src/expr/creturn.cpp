@@ -14,6 +14,7 @@
 #include "output/dates.h"
 #include "output/fmt.h"
 #include "output/print.h"
+#include "stats/esample.h"
 #include "stats/random.h"
 #include <cmath>
 #include <cstdio>
@@ -147,7 +148,7 @@ NUM(maxstrvarlen, strlen_max)
 
 // ---- data
 NUM(N, _Nobs)
-NUM(k, _i_Kvar)
+NUM(k, _i_Kvar - esample_count())
 NUM(width, double(sysdsa ? dsa_lrec(sysdsa) : 0))
 NUM(changed, s_updata)
 STR(filename, global("S_FN"))

@@ -1,4 +1,4 @@
-// Any bytes as lines, of a do-file or of a pipe, through the whole program. Each input runs in a
+// Any bytes as lines, of a do-file, a program file or a pipe, through the whole program. Each input runs in a
 // child process of its own, so that exit, endless loops and what one input leaves behind do not
 // reach the next. The calls that could harm are replaced below: nothing is started, and nothing
 // outside the session's directory is written, renamed or removed.
@@ -66,7 +66,9 @@ int usleep(useconds_t) { return 0; }
 // A break now and then, which ends most loops that would not end by themselves.
 static void tick(int) { stopflag = 1; }
 
-[[noreturn]] static void child(const std::string &text, bool piped)
+enum mode { M_DOFILE, M_PIPE, M_PROGRAM };
+
+[[noreturn]] static void child(const std::string &text, mode how)
 {
     caged = true;
     rlimit size = {1 << 24, 1 << 24};
@@ -75,18 +77,19 @@ static void tick(int) { stopflag = 1; }
     signal(SIGALRM, tick);
     itimerval every = {{0, 200000}, {0, 200000}};
     setitimer(ITIMER_REAL, &every, nullptr);
-    FILE *f = fopen("fuzz.do", "wb");
+    const char *name = how == M_PROGRAM ? "fuzz.ado" : "fuzz.do";
+    FILE *f = fopen(name, "wb");
     if (!f || (!text.empty() && fwrite(text.data(), text.size(), 1, f) != 1) || fclose(f))
         _exit(70);
-    if (!piped) {
-        (void)run("do fuzz, nostop");
+    if (how != M_PIPE) {
+        (void)run(how == M_PROGRAM ? "fuzz 1 \"a b\", c" : "do fuzz, nostop");
         if (getenv("FUZZ_SHOW"))
             fputs(session_output.c_str(), stderr);
         if (ovata_level || typelmac != 5179 || s_outlev || !procflg || runprog)
             abort();
         _exit(0);
     }
-    int fd = open("fuzz.do", O_RDONLY);
+    int fd = open(name, O_RDONLY);
     dup2(fd, 0);
     do
         getreq(false, true);
@@ -104,11 +107,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *p, size_t n)
         cage = std::string(dir) + "/";
     }
     std::string text(reinterpret_cast<const char *>(p), n < 50000 ? n : 50000);
+    mode how = text.find("program fuzz") != std::string::npos ? M_PROGRAM : n % 3 ? M_DOFILE : M_PIPE;
     pid_t pid = fork();
     if (pid < 0)
         abort();
     if (!pid)
-        child(text, n % 3 == 0);
+        child(text, how);
     int status = 0;
     for (int32_t waited = 0; waitpid(pid, &status, WNOHANG) == 0; waited++) {
         if (waited == 5000) {   // still going after five seconds
@@ -121,7 +125,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *p, size_t n)
     }
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0)
         return 0;
-    fprintf(stderr, "status %d %s after these lines:\n%s\n", status, n % 3 ? "" : "(piped)", text.c_str());
+    fprintf(stderr, "status %d, mode %d, after these lines:\n%s\n", status, how, text.c_str());
     if (const char *to = getenv("FUZZ_KEEP")) {
         FILE *f = fopen(to, "wb");
         if (f) {
