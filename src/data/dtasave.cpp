@@ -229,12 +229,8 @@ static int32_t wr_labels(const savejob *j)
     if (!refs)
         return RC_NOMEM;
     n = 0;
-    for (void *p = nullptr; (p = dmnext(p, refs[n].name, DM_VALLABEL, nullptr));) {
-        bool used = j->o->orphans;
-        for (int32_t k = 0; k < j->K && !used; k++)
-            used = !strcmp(_lbllist[k], refs[n].name);
-        n += used;
-    }
+    for (void *p = nullptr; (p = dmnext(p, refs[n].name, DM_VALLABEL, nullptr));)
+        n += j->o->orphans || vl_inuse(refs[n].name, j->K);
     std::sort(refs.get(), refs.get() + n,
               [](const tabref &a, const tabref &b) { return strcmp(a.name, b.name) < 0; });
     for (uint64_t i = 0; i < n; i++)
