@@ -36,8 +36,9 @@ inline void session()
     if (!mkdtemp(dir) || chdir(dir))
         abort();
     static std::string remove = std::string("rm -rf ") + dir;
+    static pid_t self = getpid();
     atexit([] {
-        if (system(remove.c_str())) {
+        if (getpid() == self && system(remove.c_str())) {
         }
     });
     setenv("HOME", dir, 1);
@@ -45,7 +46,7 @@ inline void session()
     setenv("OVATATMP", dir, 1);
     setenv("OVATA_EDITION", "small7", 0);
 #ifdef OVATA_SOURCE_DIR
-    setenv("SYSDIR_OVATA", OVATA_SOURCE_DIR "/ado", 1);
+    setenv("SYSDIR_OVATA", OVATA_SOURCE_DIR, 1);
 #endif
     int null = open("/dev/null", O_RDONLY);
     dup2(null, 0);

@@ -11,6 +11,7 @@
 #include "output/fmt.h"
 #include "output/oml.h"
 #include "output/print.h"
+#include "stats/esample.h"
 #include "stats/results.h"
 #include <cstdio>
 #include <cstring>
@@ -71,7 +72,7 @@ void heading()
         spout21at(1, "Contains data\n");
     }
     fact("obs", _Nobs, datalbl);
-    fact("vars", _Kvar, date);
+    fact("vars", _Kvar - esample_count(), date);
     fact("size", double(_Nobs) * double(sysdsa->lrec), "");
 }
 
@@ -131,7 +132,7 @@ void post()
 {
     retval_clear();
     retval_set_gscalar(_Nobs, "N");
-    retval_set_gscalar(_Kvar, "k");
+    retval_set_gscalar(_Kvar - esample_count(), "k");
     retval_set_gscalar(double(sysdsa->lrec), "width");
     retval_set_gscalar(sysdsa->_N_max - 1, "N_max");
     retval_set_gscalar(maxmaxvar, "k_max");

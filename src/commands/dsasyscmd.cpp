@@ -216,14 +216,23 @@ void query_down(const dsa_area *d)
 
 int32_t do_query()
 {
-    int32_t rc = ended();
-    if (rc)
-        return rc;
+    static const struct {
+        const char *word;
+        void (*print)(const dsa_area *);
+    } sections[] = {{"tune", query_tune}, {"table", query_table}, {"data", query_data},
+                    {"down", query_down}};
     const dsa_area *d = sysdsa;
-    query_tune(d);
-    query_table(d);
-    query_data(d);
-    query_down(d);
+    std::string which = ti_gettok(tokinfo, prsestd);
+    if (int32_t rc = ended())
+        return rc;
+    bool any = false;
+    for (auto &s : sections)
+        if (which.empty() || which == s.word) {
+            s.print(d);
+            any = true;
+        }
+    if (!any)
+        return invalid(which.c_str());
     uint64_t most = dsa_memory_max_goal_adj(d);
     retval_clear();
     retval_set_gscalar(d->_N_max, "N_max");

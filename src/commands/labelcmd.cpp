@@ -76,7 +76,7 @@ int32_t label_variable()
     const char *word = tok_text(ti_gettok(tokinfo, prsevar));
     if (!*word)
         return required("varname");
-    int32_t var = ovata_findvar(std::string(word).c_str(), 1, !ovata_varabbrev), rc;
+    int32_t var = findtyped(std::string(word).c_str(), !ovata_varabbrev), rc;
     if (var < 0)
         return -var;
     std::string text;

@@ -42,6 +42,11 @@ struct listing {
     listopts o;
     std::vector<lcol> col;
     int32_t obswidth;  // digits of the largest observation number
+    std::vector<bool> chosen;  // by the condition, asked once for each observation; empty: all
+    bool has(int32_t obs) const
+    {
+        return chosen.empty() || chosen[size_t(obs - parinfo->pi_obs1)];
+    }
 };
 
 // A value as its column shows it, without padding.
@@ -79,8 +84,6 @@ int32_t parse(listing *l, int32_t kind)
     l->o.separator = ti_pi_findopta(tokinfo, parinfo, "separator", 3, 5);
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
-    if (!parinfo->pi_nvar)
-        return _Kvar ? 0 : error(RC_NOTFOUND);
     for (int32_t i = 0; i < parinfo->pi_nvar; i++) {
         lcol c = {};
         c.var = parinfo->vl_vr[i];
@@ -99,10 +102,12 @@ int32_t fit(listing *l)
 {
     char buf[cellmax];
     int32_t n = 0, last = 0;
+    if (parinfo->pi_hasif && parinfo->pi_obs2 >= parinfo->pi_obs1)
+        l->chosen.resize(size_t(parinfo->pi_obs2 - parinfo->pi_obs1) + 1);
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
         if ((obs & 0xff) == 0 && fault_poll())
             return -1;
-        if (!selobs(obs))
+        if (parinfo->pi_hasif && !(l->chosen[size_t(obs - parinfo->pi_obs1)] = selobs(obs)))
             continue;
         n++;
         last = obs;
@@ -126,7 +131,7 @@ int32_t fit(listing *l)
             c.width = h;
     }
     char num[16];
-    l->obswidth = snprintf(num, sizeof num, "%d", last - parinfo->pi_obs1 + 1 > 0 ? last : 1);
+    l->obswidth = snprintf(num, sizeof num, "%d", last ? last - nobss1 + 1 : 1);
     return n;
 }
 
@@ -242,7 +247,7 @@ int32_t put_table(const listing &l, size_t from, size_t to)
     }
     int32_t n = 0;
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if (!selobs(obs))
+        if (!l.has(obs))
             continue;
         if (!l.o.clean && l.o.separator > 0 && n && n % l.o.separator == 0)
             put_rule(l, from, to, '|');

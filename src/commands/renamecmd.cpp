@@ -13,12 +13,11 @@ int32_t renvar(int32_t)
 {
     char from[33], to[504];
     snprintf(to, sizeof to, "%s", ti_gettok(tokinfo, prsevar));
-    int32_t var = ovata_findvar(to, 1, !ovata_varabbrev);
+    int32_t rc, var = findtyped(to, !ovata_varabbrev);
     if (var < 0)
         return -var;
     snprintf(to, sizeof to, "%s", ti_gettok(tokinfo, prsevar));
-    int32_t rc = chkname(to, false);
-    if (rc)
+    if ((rc = chkname(to, false)))
         return rc;
     if (*ti_gettok(tokinfo, prsevar))
         return error(RC_SYNTAX);

@@ -218,13 +218,26 @@ static void section_head(const char *name)
     spoutsmlf("{hline}\n    %s\n{hline}\n", name);
 }
 
+// Sizes of memory read as they are typed: 32m.
+static bool memory_text(const setting *s, char *out)
+{
+    double z;
+    char text[246];
+    if (s->hook != SH_SEGSIZE && s->hook != SH_MINMEM && s->hook != SH_MAXMEM)
+        return false;
+    if (cfcn(s->name, text, &z) != 1 || z >= misval)
+        return false;
+    sprint_memsize(out, uint64_t(z));
+    return true;
+}
+
 static void show_setting(const setting *s)
 {
     char value[500], range[500];
     outlev_keep keep(1);
     spout_setcoloroflev();
     spoutsmlf("      set %s {col 28}", s->name);
-    if (!cfcnstr(s->name, value))
+    if (!memory_text(s, value) && !cfcnstr(s->name, value))
         setting_text(s, value);
     spout21at(0, *value ? value : "(not set)");
     c_outlev = 1;

@@ -73,7 +73,7 @@ static int32_t make(const dtaside *s, joinvar *v)
         memcpy(_lbllist[v->var - 1], d->lbls[v->side], 33);
     for (int32_t i = 1; i <= _Nobs; i++) {
         if (t_isstr(type))
-            dsa_sstore(sysdsa, uint32_t(v->var), uint32_t(i), "");
+            dsa_safe_sstore(sysdsa, uint32_t(v->var), uint32_t(i), "");
         else
             dsa_store(misval, sysdsa, uint32_t(v->var), uint32_t(i));
         if ((i & 0xfff) == 0 && fault_poll())

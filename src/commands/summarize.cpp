@@ -49,7 +49,7 @@ int32_t parse(sumopts *o)
         return errout(RC_SYNTAX, "options detail and meanonly may not be combined\n");
     if (o->detail && parinfo->pi_hasexp && parinfo->pi_wtype == W_IW)
         return errout(RC_NOTALLOWED, "iweights not allowed with detail option\n");
-    return _Kvar ? 0 : error(RC_NOTFOUND);
+    return 0;
 }
 
 // The variance divides by what the weights stand for: observations for analytic weights
@@ -235,8 +235,6 @@ int32_t summarize(int32_t)
         return rc;
     outlev_keep keep(1);
     bool weighted = parinfo->pi_hasexp && parinfo->pi_wtype != W_FW;
-    if (!o.detail && !o.meanonly)
-        heading(weighted);
     sample s;
     for (int32_t i = 0; i < parinfo->pi_nvar; i++) {
         int32_t var = parinfo->vl_vr[i];
@@ -245,6 +243,9 @@ int32_t summarize(int32_t)
             s.n = 0;
         else if ((rc = sample_read(&s, var)))
             return rc;
+        // Only now: reading the first column refuses bad weights.
+        if (i == 0 && !o.detail && !o.meanonly)
+            heading(weighted);
         moments_of(&s, &m, o.detail);
         post(&m, &o);
         if (o.detail) {

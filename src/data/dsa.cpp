@@ -18,7 +18,6 @@ char (*_lbllist)[33];
 int16_t *_srtlist;
 int32_t maxmaxvar = 120;
 void (*dsa_onvarsgone)(const char *name);
-void (*dsa_onvarsmoved)(uint32_t from, uint32_t to);
 
 uint64_t dsa_segsize_floor = 1048576;
 static const double waits[11] = {1800, 1200, 900, 600, 300, 60, 30, 1, 0.5, 0.125, 0};

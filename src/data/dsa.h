@@ -220,6 +220,5 @@ int32_t dsa_check(const dsa_area *d);
 // A number over names, types, formats, sort list and cells, for tests of "nothing changed".
 uint64_t dsa_hash(const dsa_area *d);
 
-// What the area calls upward: characteristics of variables that go, and variables that moved.
+// What the area calls upward: characteristics of variables that go.
 extern void (*dsa_onvarsgone)(const char *name);           // a variable dropped for good
-extern void (*dsa_onvarsmoved)(uint32_t from, uint32_t to);

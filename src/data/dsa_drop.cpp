@@ -236,11 +236,8 @@ int32_t pi_dsa_mvvar(dsa_area *d, uint32_t from, uint32_t to,
     dsa_rebuild_offsettab(d);
     for (uint32_t i = 0; d->srt[i]; i++)
         d->srt[i] = int16_t(moved(uint32_t(d->srt[i]), from, to));
-    if (d->issys) {
+    if (d->issys)
         newdata = true;
-        if (dsa_onvarsmoved)
-            dsa_onvarsmoved(from, to);
-    }
     if (renumber)
         renumber(from, to);
     return 0;

@@ -253,6 +253,22 @@ static bool grow_headroom(dsa_area *d, uint64_t w, uint64_t r)
     return d->S > was;
 }
 
+// A request that cannot succeed is refused at once, rather than after taking all that there is.
+static int32_t refuse_segs(dsa_area *d, uint64_t need)
+{
+    uint64_t ask = (need - d->S) * d->segment_size;
+    int32_t rc = 0;
+    if (need > d->segtab.max)
+        rc = dsa_fail_segtab(d);
+    else if (d->memory_max_S && need > uint64_t(d->memory_max_S))
+        rc = dsa_fail_maxgoal(d, ask);
+    else if (need * d->segment_size > dsa_machine_bytes())
+        rc = dsa_fail_alloc(d, ask);
+    if (rc)
+        d->hist.incr_f++;
+    return rc;
+}
+
 static int32_t grow(dsa_area *d, int64_t width, uint64_t r, uint64_t floor)
 {
     if (r > d->_N_max)
@@ -277,15 +293,8 @@ static int32_t grow(dsa_area *d, int64_t width, uint64_t r, uint64_t floor)
     if (d->S * p < r) {
         uint64_t need = (r + p - 1) / p;
         dsa_hist_add(d, DE_ADDSNECS, int64_t(need));
-        // Told at once, rather than after taking all that there is.
-        if (need > d->segtab.max)
-            return dsa_fail_segtab(d);
-        if (d->memory_max_S && need > uint64_t(d->memory_max_S))
-            return dsa_fail_maxgoal(d, (need - d->S) * d->segment_size);
-        if (need * d->segment_size > dsa_machine_bytes())
-            return dsa_fail_alloc(d, (need - d->S) * d->segment_size);
-        int32_t rc = dsa_sys_adjust_S(d, uint32_t(need));
-        if (rc)
+        int32_t rc = refuse_segs(d, need);
+        if (rc || (rc = dsa_sys_adjust_S(d, uint32_t(need))))
             return rc;
         if (satisfied(d, w, r))
             return 0;

@@ -25,7 +25,7 @@ static int32_t refuse_data(const dsa_area *d)
 int32_t dsa_reset_K_max(dsa_area *d, int64_t k)
 {
     char line[100];
-    if (k < int64_t(d->K) && k >= int64_t(dsa_K_low)) {
+    if (k < int64_t(d->K)) {
         say(d, "{bf:set maxvar} out of range");
         snprintf(line, sizeof line, "%d variables already exist.", int(d->K));
         say(d, line);

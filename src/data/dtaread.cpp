@@ -205,15 +205,15 @@ static int32_t take_rows(usejob *j, const rowfield *f, int32_t nf, const char *b
 
 static int32_t read_rows(usejob *j)
 {
-    int32_t N = j->d.N, rc;
     uint64_t w = j->d.width;
+    int32_t N = w ? j->d.N : 0, rc;  // without variables nothing bears out a count of rows
     int64_t left = ov_left(j->fd);
     if (left >= 0 && w * uint64_t(N) > uint64_t(left))
         return shortread(j);
     if (!j->o->keep && N > 0 && (rc = dsa_alloc(sysdsa, 0, 0, int64_t(N) + 1)))
         return rc;
-    if (w == 0)
-        return N > 0 && !j->o->keep ? dsa_add_obs(sysdsa, N, false) : 0;
+    if (N == 0)
+        return 0;
     int64_t many = int64_t(262144 / w);
     many = std::min<int64_t>(std::max<int64_t>(many, 2), N);
     block buf(static_cast<uint8_t *>(safemalloc(uint64_t(many) * w + 2)));

@@ -8,6 +8,7 @@
 #include "data/dsa.h"
 #include "data/dtafmt.h"
 #include "data/labels.h"
+#include "data/sort.h"
 #include "data/variables.h"
 #include "interp/dm.h"
 #include "interp/messages.h"
@@ -36,6 +37,7 @@ struct savejob {
     const dta_saveopts *o;
     block<char> buf;
     int64_t many;  // rows the buffer holds
+    bool broken;   // a break ended the writing
 };
 
 int32_t wrhdr(int32_t fd, const dtahdr *h, bool use_label)
@@ -164,7 +166,7 @@ static void clean_row(const savejob *j, char *row)
     }
 }
 
-static int32_t wr_rows(const savejob *j)
+static int32_t wr_rows(savejob *j)
 {
     bool clean = b_native != B_LITTLE;
     for (int32_t k = 0; k < j->K; k++)
@@ -179,6 +181,10 @@ static int32_t wr_rows(const savejob *j)
         }
         if (wr(j->fd, j->buf.get(), n * int64_t(j->width)))
             return 1;
+        if (fault_poll()) {
+            j->broken = true;
+            return RC_BREAK;
+        }
         progress("save", double(i) / j->N);
     }
     return 0;
@@ -262,15 +268,19 @@ int32_t dta_save(const char *name, const dta_saveopts *o)
         return error(RC_NOTFOUND);
     j.o = o;
     j.K = _i_Kvar;
-    j.N = _Nobs;
+    j.N = _i_Kvar ? _Nobs : 0;
     j.lay = dta_layout(o->oldformat ? 113 : 115);
     if (j.N == 0) {
         outlev_keep keep(1);
         spout21("(note: dataset contains 0 observations)\n");
     }
-    int32_t es = o->esample ? sysfindvar(o->esample) : 0, rc;
-    if (es && es <= j.K && !o->all) {
-        if ((rc = pi_dsa_mvvar(sysdsa, uint32_t(es), uint32_t(j.K), nullptr)))
+    int32_t rc;
+    // The estimation sample, and the order a program will go back to, are not written.
+    for (int32_t v = j.K; v > 0; v--) {
+        bool sample = !o->all && o->esample && !strcmp(_varlist[v - 1], o->esample);
+        if (!sample && !sort_holds(_varlist[v - 1]))
+            continue;
+        if ((rc = pi_dsa_mvvar(sysdsa, uint32_t(v), uint32_t(j.K), nullptr)))
             return rc;
         j.K--;
     }
@@ -286,6 +296,8 @@ int32_t dta_save(const char *name, const dta_saveopts *o)
     ov_close(j.fd);
     if (rc) {
         unlink(path_expand(name).c_str());
+        if (j.broken)
+            return RC_BREAK;
         return rc == RC_NOMEM ? error(RC_NOMEM) : fierr(RC_DISKFULL, name);
     }
     s_updata = false;

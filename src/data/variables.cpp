@@ -113,6 +113,12 @@ int32_t ovata_findvar(const char *name, int32_t mode, bool exact)
     return quiet ? _Kvar + 1 : -varnotfound(name);
 }
 
+int32_t findtyped(const char *name, bool exact)
+{
+    int32_t rc = chkname(name, false);
+    return rc ? -rc : ovata_findvar(name, 1, exact);
+}
+
 int32_t sysfindvar(const char *name) { return whole(name, _varlist, _Kvar) + 1; }
 
 int32_t sysfindvarfromend(const char *name)

@@ -28,6 +28,7 @@ extern const char *const resword[], *const keyword[];  // each ends with a singl
 // answer is _Kvar + 1; add 10 for quiet (not found then gives _Kvar + 1). exact switches
 // abbreviation off.
 int32_t ovata_findvar(const char *name, int32_t mode, bool exact);
+int32_t findtyped(const char *name, bool exact);  // a name just typed; every failure has words
 int32_t sysfindvar(const char *name);         // whole name, quiet, any variable; 0 when absent
 int32_t sysfindvarfromend(const char *name);
 int32_t findvarnoab(const char *name);        // whole name; negated 111 with words

@@ -314,6 +314,11 @@ static void bn_density(callinfo *c)
     done(c->n, c->code ? c->code + c->n - 1 : plain[c->n - 1], CT_NUM);
 }
 
+static void bn_rnormal(callinfo *c)
+{
+    numbers(c, 0, 2);
+    done(c->n, c->code + c->n, CT_NUM);
+}
 static void bn_one(callinfo *c)
 {
     if ((!strcmp(c->name, "normd") && vernum >= 1000))
@@ -528,7 +533,7 @@ struct byname {
     B(normalden, bn_density, 0) B(normd, bn_one, OP_NORMALDEN1)                                \
     B(lnnormalden, bn_density, OP_LNNORMALDEN1) B(lnormalden, bn_density, OP_LNNORMALDEN1)     \
     B(lnnormald, bn_density, OP_LNNORMALDEN1) B(lnormald, bn_density, OP_LNNORMALDEN1)         \
-    B(rnormal, bn_later, OP_RNORMAL0) B(date, bn_typed, OP_DATE) B(daily, bn_typed, OP_DATE)   \
+    B(rnormal, bn_rnormal, OP_RNORMAL0) B(date, bn_typed, OP_DATE) B(daily, bn_typed, OP_DATE)   \
     B(clock, bn_typed, OP_CLOCK) B(Clock, bn_typed, OP_CCLOCK)                                 \
     B(yearly, bn_typed, OP_YEARLY) B(halfyearly, bn_typed, OP_HALFYEARLY)                      \
     B(quarterly, bn_typed, OP_QUARTERLY) B(monthly, bn_typed, OP_MONTHLY)                      \

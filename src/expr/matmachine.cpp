@@ -9,7 +9,7 @@
 #include "expr/machine.h"
 #include "interp/messages.h"
 #include "stats/results.h"
-#include "stats/random.h"
+#include "stats/variates.h"
 #include <cstdio>
 #include <cstring>
 
@@ -109,8 +109,7 @@ static void uniform(xeqrun *m)
     matref a;
     if (m->rc || !umat_get(m->ms->name, MK_MAT, &a))
         return;
-    for (int64_t i = 0; i < int64_t(a.m->rows) * a.m->cols; i++)
-        a.m->el[i] = urnuni();
+    runiform_(a.m->el, int64_t(a.m->rows) * a.m->cols, 1);
 }
 
 static int32_t position(double z, int32_t when_missing)

@@ -11,6 +11,7 @@
 #include "stats/normal.h"
 #include "stats/random.h"
 #include "stats/results.h"
+#include "stats/variates.h"
 #include <cmath>
 #include <cstring>
 
@@ -382,9 +383,34 @@ static bool plain_op(xeqrun *m, int32_t op)
     return true;
 }
 
+// Random variates; a missing parameter draws nothing.
+static bool variate(xeqrun *m, int32_t op)
+{
+    const double *a = m->sp;
+    int32_t n = 1;
+    double z;
+    switch (op) {
+    case OP_RNORMAL0: z = rnormal(0, 1); n = 0; break;
+    case OP_RNORMAL1: z = rnormal(a[0], 1); break;
+    case OP_RNORMAL2: z = rnormal(a[0], a[-1]); n = 2; break;
+    case OP_RBETA: z = rbeta(a[0], a[-1]); n = 2; break;
+    case OP_RGAMMA: z = rgamma(a[0], a[-1]); n = 2; break;
+    case OP_RPOISSON: z = rpoisson(a[0]); break;
+    case OP_RBINOMIAL: z = rbinomial(a[0], a[-1]); n = 2; break;
+    case OP_RHYPERGEOMETRIC: z = rhypergeometric(a[0], a[-1], a[-2]); n = 3; break;
+    case OP_RNBINOMIAL: z = rnbinomial(a[0], a[-1]); n = 2; break;
+    case OP_RT: z = rt(a[0]); break;
+    case OP_RCHI2: z = rchi2(a[0]); break;
+    default: return false;
+    }
+    m->sp -= n - 1;
+    *m->sp = xq_fin(z);
+    return true;
+}
+
 void xeq_rare(xeqrun *m, int32_t op)
 {
-    if (plain_op(m, op) || guarded(m, op) || string_op(m, op) || several(m, op)
+    if (plain_op(m, op) || variate(m, op) || guarded(m, op) || string_op(m, op) || several(m, op)
         || xeq_dates(m, op) || xeq_dist(m, op))
         return;
     xeq_matrix(m, op);

@@ -201,6 +201,9 @@ int32_t over_builtin(const bylist &by, const cmdrow *row)
             rc = 0;
         if (!rc)
             rc = fault_poll();
+        // Rows that the command added behind the last group are none of by's.
+        if (lastby)
+            break;
     }
     end_of_groups();
     // A variable that only some groups have filled is none.

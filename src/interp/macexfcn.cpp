@@ -95,7 +95,7 @@ static int32_t variable(int32_t *var)
     str name = next_tok();
     if (name.empty())
         return error(RC_SYNTAX);
-    *var = ovata_findvar(name.c_str(), 1, false);
+    *var = findtyped(name.c_str(), false);
     return *var < 0 ? -*var : 0;
 }
 
@@ -425,7 +425,7 @@ static int32_t f_char(str *out)
 {
     str owner = next_tok(), name;
     if (owner != "_dta") {
-        int32_t var = ovata_findvar(owner.c_str(), 1, false);
+        int32_t var = findtyped(owner.c_str(), false);
         if (var < 0)
             return -var;
         owner = _varlist[var - 1];
@@ -469,7 +469,7 @@ static int32_t f_permname(str *out)
     for (int32_t i = 1; sysfindvar(out->c_str()); i++) {
         str digits = std::to_string(i);
         if (digits.size() >= size_t(len))
-            return error(RC_EXISTS);
+            return error2(3, base.c_str());
         *out = base.substr(0, size_t(len) - digits.size()) + digits;
     }
     return at_end();

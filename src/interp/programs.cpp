@@ -440,6 +440,23 @@ void drop_all_programs(bool loadedonly)
 
 }  // namespace
 
+// The subprograms of a file go with its main program: left behind, they would be in the way
+// when the file is loaded again.
+static void drop_program(void *p)
+{
+    std::string name = dm_rec(p)->name;
+    bool mainone = dm_rec(p)->type == DM_PROGRAM && static_cast<pgmrec *>(p)->loadtime && !*owner_of(p);
+    dmrm(p);
+    if (!mainone)
+        return;
+    void *next;
+    for (p = dmnext(nullptr, nullptr, DM_PROGRAM, nullptr); p; p = next) {
+        next = dmnext(p, nullptr, DM_PROGRAM, nullptr);
+        if (name == owner_of(p))
+            dmrm(p);
+    }
+}
+
 void pgm_discard_loaded() { drop_all_programs(true); }
 
 int32_t pgmdrop()
@@ -453,7 +470,7 @@ int32_t pgmdrop()
         else if (!strcmp(tok, "_allado"))
             drop_all_programs(true);
         else if (void *p = find_named(tok))
-            dmrm(p);
+            drop_program(p);
         else
             return notfound(tok_text(tok));
     }
@@ -466,14 +483,13 @@ int32_t pgm(int32_t)
     if (!*tok)
         return error(RC_SYNTAX);
     char next = ti_peektok_chr(tokinfo);
-    bool bare = !next || next == ',';
     if (cmdcmp(tok, "dir", 2) && !next)
         return dir();
     if (cmdcmp(tok, "list", 1) && next != ',')
         return list();
-    if (!strcmp(tok, "drop") && !bare)
+    if (!strcmp(tok, "drop"))
         return pgmdrop();
-    if (cmdcmp(tok, "define", 2) && !bare)
-        ti_gettok(tokinfo, prsestd);
+    if (cmdcmp(tok, "define", 2) && !*ti_gettok(tokinfo, prsestd))
+        return error(RC_SYNTAX);
     return pgmgen();
 }

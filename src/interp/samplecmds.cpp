@@ -83,7 +83,12 @@ int32_t narrow(const str &in, sample *s)
 
 int32_t make_marker(const char *name, int32_t *var)
 {
+    // A marker goes with the program that asked for it, so the limit gives way.
+    uint32_t limit = sysdsa->K_max;
+    if (sysdsa->K >= limit)
+        sysdsa->K_max = sysdsa->K + 1;
     *var = addvar(T_BYTE, name);
+    sysdsa->K_max = limit;
     if (*var < 0)
         return -*var;
     _i_Kvar = _Kvar;
@@ -191,7 +196,7 @@ int32_t markvar(int32_t *var)
     const char *tok = ti_gettok(tokinfo, prsestd);
     if (!*tok)
         return required("varname");
-    *var = ovata_findvar(tok, 1, true);
+    *var = findtyped(tok, true);
     return *var < 0 ? -*var : 0;
 }
 

@@ -103,7 +103,7 @@ static const char *defaultcodes(char unit)
 static const coderow *rowat(const char *p)
 {
     for (const coderow &r : codes)
-        if (!strncmp(p, r.code, strlen(r.code)))
+        if (*r.code == *p && !strncmp(p, r.code, strlen(r.code)))
             return &r;
     return nullptr;
 }
@@ -154,7 +154,7 @@ static bool takeapart(double z, char unit, moment *t)
     dt_ymd(day, &t->y, &t->m, &t->d);
     t->doy = int32_t(dt_doy(day));
     t->dow = int32_t(dt_dow(day));
-    t->week = int32_t(dt_week(day));
+    t->week = std::min(52, (t->doy - 1) / 7 + 1);
     t->quarter = (t->m - 1) / 3 + 1;
     t->half = (t->m - 1) / 6 + 1;
     t->hour = t->minute = t->ms = 0;
@@ -166,11 +166,23 @@ static bool takeapart(double z, char unit, moment *t)
     return true;
 }
 
+// A number, filled with zeros to width.
+static void digits(char *out, int32_t n, int32_t width)
+{
+    char rev[12];
+    int32_t len = 0;
+    for (; n > 0 || len < width; n /= 10)
+        rev[len++] = char('0' + n % 10);
+    while (len)
+        *out++ = rev[--len];
+    *out = '\0';
+}
+
 static void codetext(char *out, size_t room, const coderow &r, const moment &t)
 {
     switch (r.kind) {
-    case K_NUM: snprintf(out, room, "%d", r.num(t)); return;
-    case K_NUM0: snprintf(out, room, "%0*d", int(r.width), r.num(t)); return;
+    case K_NUM: digits(out, r.num(t), 1); return;
+    case K_NUM0: digits(out, r.num(t), r.width); return;
     case K_FRAC: snprintf(out, room, ".%0*d", int(r.width) - 1, r.num(t)); return;
     case K_AMPM:
         snprintf(out, room, "%s", r.code);

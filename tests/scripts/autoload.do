@@ -20,6 +20,8 @@ bload ; display
   "still here" ;
 #delimit cr
 program dir
+program drop aload
+aload loads again with its own
 discard
 program dir
 capture which aload

@@ -3,10 +3,15 @@ program _gcount
 	version 12.1
 	syntax newvarname =/exp [if] [in] [, BY(varlist)]
 	tempvar touse
+	local present (`exp') < .
+	capture confirm string variable `exp'
+	if _rc == 0 {
+		local present `exp' != ""
+	}
 	quietly {
 		mark `touse' `if' `in'
 		sort `touse' `by', stable
-		by `touse' `by': gen `typlist' `varlist' = sum(!missing(`exp')) if `touse'
+		by `touse' `by': gen `typlist' `varlist' = sum(`present') if `touse'
 		by `touse' `by': replace `varlist' = `varlist'[_N]
 	}
 end

@@ -6,7 +6,7 @@ program _gmean
 	quietly {
 		mark `touse' `if' `in'
 		sort `touse' `by', stable
-		by `touse' `by': gen `typlist' `varlist' = sum(`exp') / sum(!missing(`exp')) if `touse'
+		by `touse' `by': gen `typlist' `varlist' = sum(`exp') / sum((`exp') < .) if `touse'
 		by `touse' `by': replace `varlist' = `varlist'[_N]
 	}
 end

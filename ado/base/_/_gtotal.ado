@@ -8,7 +8,7 @@ program _gtotal
 		sort `touse' `by', stable
 		by `touse' `by': gen `typlist' `varlist' = sum(`exp') if `touse'
 		if "`missing'" != "" {
-			by `touse' `by': gen long `any' = sum(!missing(`exp'))
+			by `touse' `by': gen long `any' = sum((`exp') < .)
 			by `touse' `by': replace `varlist' = . if `any'[_N] == 0
 		}
 		by `touse' `by': replace `varlist' = `varlist'[_N]
