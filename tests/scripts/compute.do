@@ -90,3 +90,5 @@ quantiles q4 = x, groups(4)
 tabulate q4
 quantiles q2 = x, groups(2) by(g)
 bysort g (x): list g x q2, clean
+compute words = count(s), by(g)
+assert words == 4

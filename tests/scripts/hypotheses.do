@@ -15,7 +15,7 @@ end
 gen b = x>5.5
 gen b2 = y > 5.5 if y<.
 ttest x == 5 if g < 3
-return list
+display r(N) " " r(t) " " r(df_t) " " r(p) " " r(p_u) " " r(mu_1) " " r(sd_1) " " r(tau_b) " " r(se_score)
 ttest x == y if g < 3
 * the paired test is that of the differences
 local t = r(t)
@@ -26,7 +26,7 @@ ttest x == y, unpaired
 ttest x if g < 3, by(g)
 ttest x if g < 3, by(g) unequal
 ttest x if g < 3, by(g) welch
-return list
+display r(N) " " r(t) " " r(df_t) " " r(p) " " r(p_u) " " r(mu_1) " " r(sd_1) " " r(tau_b) " " r(se_score)
 proptest b == .5
 proptest b == b2
 proptest b if g < 3, by(g)
@@ -45,7 +45,7 @@ signedrank x == y
 signedrank x == 6
 rankcorr x y g
 rankcorr x y, kendall
-return list
+display r(N) " " r(t) " " r(df_t) " " r(p) " " r(p_u) " " r(mu_1) " " r(sd_1) " " r(tau_b) " " r(se_score)
 normtest x y
 confint x y
 confint b, binomial

@@ -70,3 +70,15 @@ quietly summarize x
 * of a mean, the jackknife gives the usual standard error
 assert reldif(`se', r(sd) / sqrt(r(N))) < 1e-10
 jackknife r(mean), nodots cluster(g): summarize x
+* rows come back as often as drawn, and whole clusters together
+quietly use `st', clear
+set seed 4
+resample, cluster(g)
+assert _N == 30
+by g x, sort: assert _N == 1 | _N == 2 | _N == 3
+quietly use `st', clear
+bootstrap m=r(mean) sd=r(sd), reps(200) nodots seed(3): summarize x
+* near the standard error from theory, 50.5
+assert abs(r(se_m) - 50.5) < 8
+bootstrap r(mean), reps(60) seed(3) strata(g): summarize x
+assert _N == 30
