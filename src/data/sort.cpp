@@ -247,6 +247,16 @@ template <class A> static void apply(A a, const sortjob *j)
     }
 }
 
+void sort_apply(int32_t *rows)
+{
+    sortjob j;
+    j.first = 1;
+    j.last = _Nobs;
+    _srtlist[0] = 0;
+    apply(by_vector{rows}, &j);
+    upSort = true;
+}
+
 // ---- an index in memory, with each row's first key beside its number
 
 struct entry {
