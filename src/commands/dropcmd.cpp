@@ -3,12 +3,14 @@
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
+#include "data/variables.h"
 #include "expr/generate.h"
 #include "expr/parse.h"
 #include "expr/rows.h"
 #include "expr/varlist.h"
 #include "interp/messages.h"
 #include "output/print.h"
+#include "stats/results.h"
 #include <cstring>
 #include <vector>
 
@@ -35,7 +37,12 @@ int32_t dropvars(bool keep)
     }
     for (int32_t i = 0; i < parinfo->pi_nvar; i++)
         flags[parinfo->vl_vr[i] - 1] = !keep;
-    int32_t rc = 0;
+    // The hidden variable alone is no dataset.
+    int32_t rc = 0, left = 0, hidden = *esamplename ? sysfindvar(esamplename) : 0;
+    for (int32_t v = 1; v <= _Kvar; v++)
+        left += !flags[v - 1] && v != hidden;
+    if (hidden && !left)
+        flags[hidden - 1] = 1;
     if (memchr(flags, 0, size_t(_Kvar)))
         rc = memchr(flags, 1, size_t(_Kvar)) ? dsa_drop(sysdsa, flags, true) : 0;
     else

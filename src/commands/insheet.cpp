@@ -63,6 +63,9 @@ int32_t in_parse(insheetcmd *c)
         int32_t rc = chkname(w, false);
         if (rc || (rc = chkreskeywrds(w)))
             return rc;
+        for (const std::string &g : c->given)
+            if (g == w)
+                return error2(3, w);
         c->given.emplace_back(w);
     }
     parinfo->pi_vlist = PI_NO;

@@ -1,5 +1,7 @@
 // commands/sortcmd.cpp - sort varlist [in range] [, stable _ivec _ivar _swap index(name)].
+#include "core/numtext.h"
 #include "core/rc.h"
+#include "core/settings.h"
 #include "core/state.h"
 #include "data/dsa.h"
 #include "data/sort.h"
@@ -12,6 +14,17 @@ int32_t sort(int32_t);
 // The kept order is told to the program that runs, in a macro of its level.
 static int32_t publish(const char *name) { return macresave("__sortindex", name); }
 [[maybe_unused]] static const bool published = (sort_onpreserve = publish, true);
+
+// set sortseed #: 0 to 2147483647, as the generator of the shuffle holds it.
+static int32_t on_sortseed(const setting *, const char *text)
+{
+    int32_t seed;
+    if (cnvstoint4(text, &seed) || seed < 0)
+        return errout(RC_SYNTAX, "sortseed must be an integer between 0 and 2147483647\n");
+    setsortseed(uint32_t(seed));
+    return 0;
+}
+[[maybe_unused]] static const bool seeded = (set_hooks[SH_SORTSEED] = on_sortseed, true);
 
 int32_t sort(int32_t)
 {

@@ -35,6 +35,7 @@ enum set_hook : uint8_t {
     SH_ADOSIZE,
     SH_MEMORY,    // the old request for memory, answered with a note
     SH_DP,
+    SH_SORTSEED,
     SH_N,
 };
 

@@ -8,6 +8,7 @@
 #include "data/dsa.h"
 #include "data/dtafmt.h"
 #include "data/labels.h"
+#include "data/sort.h"
 #include "data/variables.h"
 #include "interp/dm.h"
 #include "interp/messages.h"
@@ -228,12 +229,8 @@ static int32_t wr_labels(const savejob *j)
     if (!refs)
         return RC_NOMEM;
     n = 0;
-    for (void *p = nullptr; (p = dmnext(p, refs[n].name, DM_VALLABEL, nullptr));) {
-        bool used = j->o->orphans;
-        for (int32_t k = 0; k < j->K && !used; k++)
-            used = !strcmp(_lbllist[k], refs[n].name);
-        n += used;
-    }
+    for (void *p = nullptr; (p = dmnext(p, refs[n].name, DM_VALLABEL, nullptr));)
+        n += j->o->orphans || vl_inuse(refs[n].name, j->K);
     std::sort(refs.get(), refs.get() + n,
               [](const tabref &a, const tabref &b) { return strcmp(a.name, b.name) < 0; });
     for (uint64_t i = 0; i < n; i++)
@@ -273,9 +270,13 @@ int32_t dta_save(const char *name, const dta_saveopts *o)
         outlev_keep keep(1);
         spout21("(note: dataset contains 0 observations)\n");
     }
-    int32_t es = o->esample ? sysfindvar(o->esample) : 0, rc;
-    if (es && es <= j.K && !o->all) {
-        if ((rc = pi_dsa_mvvar(sysdsa, uint32_t(es), uint32_t(j.K), nullptr)))
+    int32_t rc;
+    // The estimation sample, and the order a program will go back to, are not written.
+    for (int32_t v = j.K; v > 0; v--) {
+        bool sample = !o->all && o->esample && !strcmp(_varlist[v - 1], o->esample);
+        if (!sample && !sort_holds(_varlist[v - 1]))
+            continue;
+        if ((rc = pi_dsa_mvvar(sysdsa, uint32_t(v), uint32_t(j.K), nullptr)))
             return rc;
         j.K--;
     }

@@ -247,6 +247,16 @@ template <class A> static void apply(A a, const sortjob *j)
     }
 }
 
+void sort_apply(int32_t *rows)
+{
+    sortjob j;
+    j.first = 1;
+    j.last = _Nobs;
+    _srtlist[0] = 0;
+    apply(by_vector{rows}, &j);
+    upSort = true;
+}
+
 // ---- an index in memory, with each row's first key beside its number
 
 struct entry {
@@ -447,6 +457,80 @@ int32_t sort_index(const int32_t *keys, int32_t nkeys, const uint8_t *sel, int32
         sortnints(idx + i, k - i);
     }
     return rc ? -rc : n;
+}
+
+// ---- an order in a work variable: each of its rows holds the number of an observation
+
+// 1 ascending, -1 descending, 0 neither, 2 after a break, seen through the index.
+static int index_test(const by_variable &a, const sortjob *j)
+{
+    int sign = 0;
+    for (int32_t i = j->first; i < j->last; i++) {
+        int c = sort_rows(j->key, j->nkey, row_of(a.row(i)), row_of(a.row(i + 1)));
+        if (c) {
+            c = c < 0 ? 1 : -1;
+            if (sign && c != sign)
+                return 0;
+            sign = c;
+        }
+        if ((i & 1023) == 0 && fault_poll())
+            return 2;
+    }
+    return sign ? sign : 1;
+}
+
+static int32_t sort_through(by_variable a, const sortjob *j)
+{
+    int how = index_test(a, j);
+    if (how == 1 || how == 2)
+        return how == 2 ? RC_BREAK : 0;
+    if (how == -1) {
+        for (int32_t i = j->first, k = j->last; i < k; i++, k--)
+            a.swap(i, k);
+        return 0;
+    }
+    srndobs(j->first, j->last);
+    for (int32_t i = (j->last - j->first + 1) / 2; i > 0; i--) {
+        int32_t x = rndobs(), y = rndobs();
+        a.swap(x, y);
+    }
+    return quick<by_variable>{a, j}.sort(j->first, j->last);
+}
+
+int32_t sortvar1(int32_t idx, const int32_t *keys, int32_t nkeys, int32_t first, int32_t last)
+{
+    if (nkeys > maxvrl)
+        return error(RC_TOOMANYVARS);
+    if (first >= last || nkeys < 1)
+        return 0;
+    sortjob j;
+    j.first = first;
+    j.last = last;
+    set_keys(&j, keys, nkeys);
+    return sort_through({uint32_t(idx)}, &j);
+}
+
+int32_t sortvar(const int32_t *keys, int32_t nkeys, int32_t first, int32_t last,
+                bool (*sel)(int32_t obs), int32_t marker, int32_t *n)
+{
+    int32_t var = addwrkvar(T_LONG, misval);
+    if (var < 0)
+        return var;
+    int32_t in = first - 1, out = last, rc = 0;
+    for (int32_t i = first; i <= last && !rc; i++) {
+        bool there = (!sel || sel(i)) &&
+                     (!marker || !ovismissing(dsa_data(sysdsa, uint32_t(marker), uint32_t(i))));
+        dsa_istore(i, sysdsa, uint32_t(var), uint32_t(there ? ++in : out--));
+        rc = (i & 1023) == 0 && fault_poll() ? RC_BREAK : 0;
+    }
+    *n = in - first + 1;
+    // Data that are known to be in this order give an index that is.
+    if (!rc && !sort_known(keys, nkeys))
+        rc = sortvar1(var, keys, nkeys, first, in);
+    if (!rc)
+        return var;
+    dsa_truncate_var_fast(sysdsa, uint32_t(var) - 1);
+    return -rc;
 }
 
 // ---- plain integers

@@ -9,6 +9,7 @@
 #include "data/variables.h"
 #include "interp/messages.h"
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,14 @@ static std::vector<keptorder> kept;
 static void index_name(char *out, size_t level)
 {
     snprintf(out, 33, "__sort%d", int(level));
+}
+
+bool sort_holds(const char *name)
+{
+    for (const keptorder &k : kept)
+        if (!strcmp(k.name, name))
+            return true;
+    return false;
 }
 
 int32_t sort_preserve()

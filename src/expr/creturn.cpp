@@ -8,11 +8,13 @@
 #include "core/settings.h"
 #include "core/state.h"
 #include "data/dsa.h"
+#include "data/sort.h"
 #include "expr/expr.h"
 #include "expr/parse.h"
 #include "output/dates.h"
 #include "output/fmt.h"
 #include "output/print.h"
+#include "stats/esample.h"
 #include "stats/random.h"
 #include <cmath>
 #include <cstdio>
@@ -146,7 +148,7 @@ NUM(maxstrvarlen, strlen_max)
 
 // ---- data
 NUM(N, _Nobs)
-NUM(k, _i_Kvar)
+NUM(k, _i_Kvar - esample_count())
 NUM(width, double(sysdsa ? dsa_lrec(sysdsa) : 0))
 NUM(changed, s_updata)
 STR(filename, global("S_FN"))
@@ -171,6 +173,7 @@ static int32_t c_seed(char *s, double *)
     geturnseed(s);
     return 2;
 }
+NUM(sortseed, sortseed())
 NUM(version_rng, vernum_of_ver_rng(ver_rng) / 100.0)
 NUM(pi, M_PI)
 STR(alpha, "a b c d e f g h i j k l m n o p q r s t u v w x y z")

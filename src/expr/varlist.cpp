@@ -3,6 +3,7 @@
 #include "core/settings.h"
 #include "core/state.h"
 #include "data/dsa.h"
+#include "data/sort.h"
 #include "data/variables.h"
 #include "expr/parse.h"
 #include "expr/varlist.h"
@@ -90,7 +91,10 @@ static int32_t put(const listout *o, int32_t var)
 
 static bool hiddenvar(int32_t var)
 {
-    return *esamplename && !strcmp(_varlist[var - 1], esamplename);
+    const char *name = _varlist[var - 1];
+    if (*esamplename && !strcmp(name, esamplename))
+        return true;
+    return name[0] == '_' && name[1] == '_' && name[2] == 's' && sort_holds(name);
 }
 
 int32_t vlist_all(int32_t *list)
@@ -230,7 +234,7 @@ static int32_t putnew(uint8_t type, const char *word)
 {
     if (pi_nnew >= maxnewvar)
         return error(RC_TOOMANYVARS);
-    if (strlen(word) > namelen || strpbrk(word, "*?~."))
+    if (strlen(word) > namelen || strpbrk(word, "*?~.") || !strcmp(word, "_all"))
         return errout(RC_SYNTAX, "%s invalid name\n", word);
     newvar *v = &pi_new[pi_nnew++];
     v->type = type;

@@ -38,6 +38,8 @@ static const distrow rows[] = {
     D4(OP_HYPERGEOMETRICP, hypergeometricp), D2(OP_DGAMMAPDA, dgammapda),
     D2(OP_DGAMMAPDX, dgammapdx), D2(OP_DGAMMAPDADA, dgammapdada),
     D2(OP_DGAMMAPDADX, dgammapdadx), D2(OP_DGAMMAPDXDX, dgammapdxdx),
+    D3(OP_SRANGEPROB, srangeprob), D3(OP_INVSRANGEPROB, invsrangeprob),
+    D3(OP_DUNNETTPROB, dunnettprob), D3(OP_INVDUNNETTPROB, invdunnettprob),
     // the first generation
     D2(OP_CHIPROB, chi2tail), D2(OP_GAMMAP_OLD, gammap), D2(OP_INVGAMMAP_OLD, invgammap),
     D2(OP_CHI2_OLD, chi2cumm), D2(OP_INVCHI2_OLD, invchi2cumm),

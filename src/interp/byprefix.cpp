@@ -158,7 +158,7 @@ int32_t show_header(const bylist &by, int32_t obs)
 bool has_header(const cmdrow *row)
 {
     static const char *const silent[] = {"generate", "replace", "assert", "expand", "predict"};
-    if (*row->word == '_')
+    if (*row->word == '_' && strcmp(row->word, "_regress"))
         return false;
     for (const char *word : silent)
         if (!strcmp(word, row->word))
@@ -201,6 +201,9 @@ int32_t over_builtin(const bylist &by, const cmdrow *row)
             rc = 0;
         if (!rc)
             rc = fault_poll();
+        // Rows that the command added behind the last group are none of by's.
+        if (lastby)
+            break;
     }
     end_of_groups();
     // A variable that only some groups have filled is none.

@@ -114,6 +114,9 @@ int32_t doreq()
         altstopflag = 0;
     stopflag = 0;
     byvar = 0;
+    // Lines without a range of their own, local and scalar among them, see all observations.
+    nobss1 = 1;
+    nobss2 = _Nobs;
     lastby = true;
     exitflg = false;
     double outer = started;

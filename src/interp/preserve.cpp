@@ -5,6 +5,7 @@
 #include "core/mem.h"
 #include "core/rc.h"
 #include "core/state.h"
+#include "interp/preserve.h"
 #include "data/dsa.h"
 #include "data/labels.h"
 #include "data/variables.h"
@@ -22,8 +23,6 @@
 
 int32_t psvfctr = -1;
 
-namespace {
-
 // Above this many bytes of rows the disk is used.
 constexpr uint64_t memory_limit = uint64_t{1} << 31;
 
@@ -31,7 +30,7 @@ struct keptvar {
     uint8_t type;
     char name[33], fmt[49], lbl[33];
 };
-struct kept {
+struct keptdata {
     std::vector<keptvar> vars;
     std::vector<int16_t> sorted;
     std::vector<void *> objects;  // copies of the dm records of the dataset, oldest first
@@ -41,18 +40,14 @@ struct kept {
     bool changed;
     int32_t N;
     uint64_t lrec;
-    char *rows;      // null when they are in the file
-    ~kept();
-    kept() = default;
-    kept(const kept &) = delete;
-    kept &operator=(const kept &) = delete;
+    char *rows = nullptr;  // null when they are in the file
+    bool memory_only = false;
+    ~keptdata();
+    keptdata() = default;
+    keptdata(const keptdata &) = delete;
+    keptdata &operator=(const keptdata &) = delete;
 };
-std::vector<std::unique_ptr<kept>> stack;
-
-// Types of records that belong to the dataset: value labels, variable labels, characteristics.
-constexpr int32_t owned[] = {DM_VALLABEL, DM_VARLABEL, DM_CHAR};
-
-kept::~kept()
+keptdata::~keptdata()
 {
     safefree(rows);
     for (void *o : objects)
@@ -60,6 +55,13 @@ kept::~kept()
     if (!path.empty())
         unlink(path.c_str());
 }
+
+static std::vector<std::unique_ptr<keptdata>> stack;
+
+namespace {
+
+// Types of records that belong to the dataset: value labels, variable labels, characteristics.
+constexpr int32_t owned[] = {DM_VALLABEL, DM_VARLABEL, DM_CHAR};
 
 // A copy of a record outside the store.
 void *copy_of(const dmrec *r)
@@ -70,7 +72,7 @@ void *copy_of(const dmrec *r)
     return p;
 }
 
-int32_t keep_objects(kept *k)
+int32_t keep_objects(keptdata *k)
 {
     for (int32_t type : owned) {
         std::vector<const dmrec *> found;
@@ -86,7 +88,7 @@ int32_t keep_objects(kept *k)
     return 0;
 }
 
-int32_t rows_to_memory(kept *k, uint64_t bytes)
+int32_t rows_to_memory(keptdata *k, uint64_t bytes)
 {
     k->rows = static_cast<char *>(safemalloc(bytes));
     if (!k->rows)
@@ -99,7 +101,7 @@ int32_t rows_to_memory(kept *k, uint64_t bytes)
     return 0;
 }
 
-int32_t rows_to_disk(kept *k)
+int32_t rows_to_disk(keptdata *k)
 {
     k->path = mktmpfn();
     int32_t fd = ov_open(k->path.c_str(), OV_REPLACE);
@@ -119,16 +121,19 @@ int32_t rows_to_disk(kept *k)
     return rc;
 }
 
-int32_t keep_rows(kept *k)
+int32_t keep_rows(keptdata *k)
 {
     uint64_t bytes = uint64_t(k->N) * k->lrec;
     if (!bytes)
         return 0;
-    int32_t rc = bytes <= memory_limit ? rows_to_memory(k, bytes) : RC_NOMEM;
-    return rc == RC_NOMEM ? rows_to_disk(k) : rc;
+    bool memory = bytes <= memory_limit || k->memory_only;
+    int32_t rc = memory ? rows_to_memory(k, bytes) : RC_NOMEM;
+    if (rc != RC_NOMEM)
+        return rc;
+    return k->memory_only ? error(RC_NOMEM) : rows_to_disk(k);
 }
 
-int32_t keep(kept *k)
+int32_t keep(keptdata *k)
 {
     k->rows = nullptr;
     k->N = _Nobs;
@@ -152,7 +157,7 @@ int32_t keep(kept *k)
     return rc ? rc : keep_rows(k);
 }
 
-int32_t bring_rows(kept *k)
+int32_t bring_rows(keptdata *k)
 {
     if (!k->N || !k->lrec)
         return 0;
@@ -176,7 +181,7 @@ int32_t bring_rows(kept *k)
     return rc;
 }
 
-int32_t bring_objects(kept *k)
+int32_t bring_objects(keptdata *k)
 {
     for (int32_t type : owned)
         dmzap(type);
@@ -189,7 +194,7 @@ int32_t bring_objects(kept *k)
     return 0;
 }
 
-int32_t bring_vars(kept *k)
+int32_t bring_vars(keptdata *k)
 {
     for (const keptvar &v : k->vars) {
         int32_t rc = dsa_add_var(sysdsa, v.type, v.name, v.fmt);
@@ -200,7 +205,7 @@ int32_t bring_vars(kept *k)
     return k->N ? dsa_add_obs(sysdsa, k->N, false) : 0;
 }
 
-int32_t bring(kept *k)
+int32_t bring(keptdata *k)
 {
     drop_all();
     int32_t rc = bring_vars(k);
@@ -247,6 +252,17 @@ int32_t options(bool *no, bool *again)
 
 }  // namespace
 
+keptdata *data_keep(int32_t *rc)
+{
+    auto k = std::make_unique<keptdata>();
+    k->memory_only = true;
+    *rc = keep(k.get());
+    return *rc ? nullptr : k.release();
+}
+
+int32_t data_bring(keptdata *k) { return bring(k); }
+void data_forget(keptdata *k) { delete k; }
+
 int32_t preservecmd(int32_t)
 {
     int32_t rc = options(nullptr, nullptr);
@@ -254,7 +270,7 @@ int32_t preservecmd(int32_t)
         return rc;
     if (psvfctr != -1)
         return error(621);
-    auto k = std::make_unique<kept>();
+    auto k = std::make_unique<keptdata>();
     if ((rc = keep(k.get())))
         return rc;
     psvfctr = int32_t(stack.size());

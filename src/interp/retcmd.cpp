@@ -13,6 +13,7 @@
 #include "interp/macros.h"
 #include "interp/messages.h"
 #include "interp/programs.h"
+#include "interp/retparse.h"
 #include "output/fmt.h"
 #include "output/print.h"
 #include "stats/results.h"
@@ -20,16 +21,16 @@
 #include <string>
 #include <vector>
 
-bool hastmp_hreturn, hastmp_estheld, estrestore;
+bool hastmp_hreturn;
 
-static int32_t at_end()
+int32_t ret_at_end()
 {
     const char *tok = ti_gettok(tokinfo, prsestd);
     return *tok ? notalow(tok_text(tok)) : 0;
 }
 
 // An item may be kept out of the listing, or marked as of older versions.
-static void category()
+void ret_category()
 {
     static const struct {
         const char *word;
@@ -48,7 +49,7 @@ static void category()
         }
 }
 
-static int32_t result_name(char name[33])
+int32_t ret_result_name(char name[33])
 {
     const char *tok = ti_gettok(tokinfo, prsestd);
     if (!*tok || *tok == '"')
@@ -59,10 +60,10 @@ static int32_t result_name(char name[33])
     return 0;
 }
 
-static int32_t set_scalar(int32_t kind)
+int32_t ret_set_scalar(int32_t kind)
 {
     char name[33], str[256];
-    int32_t rc = result_name(name);
+    int32_t rc = ret_result_name(name);
     if (rc || (rc = ti_gtokis(tokinfo, '=')))
         return rc;
     double z;
@@ -92,10 +93,10 @@ static void cut_option(std::string *text, bool *copy)
 
 // NAME = MATRIX or a matrix expression. A matrix named alone moves into the results unless
 // copy is asked for.
-static int32_t set_matrix(int32_t kind)
+int32_t ret_set_matrix(int32_t kind)
 {
     char name[33];
-    int32_t rc = result_name(name);
+    int32_t rc = ret_result_name(name);
     if (rc)
         return rc;
     matkind to = kind == RK_E ? MK_E : MK_RETURN;
@@ -133,39 +134,39 @@ static int32_t set_matrix(int32_t kind)
 }
 
 // The heading-less listing of one store.
-static int32_t list_store(int32_t kind)
+int32_t ret_list_store(int32_t kind)
 {
-    int32_t rc = at_end();
+    int32_t rc = ret_at_end();
     return rc ? rc : retvals_dir(kind);
 }
 
 int32_t retcmd(int32_t)
 {
-    category();
+    ret_category();
     const char *sub = tokinfo->token;
     bool rclass = program_class == 1;
     if (cmdcmp(sub, "list", 2))
-        return list_store(RK_R);
+        return ret_list_store(RK_R);
     if (!rclass)
         return error(151);
     if (!*sub)
         return RC_BARERETURN;
     if (cmdcmp(sub, "clear", 3)) {
-        int32_t rc = at_end();
+        int32_t rc = ret_at_end();
         if (!rc)
             myretval_clear();
         return rc;
     }
     if (cmdcmp(sub, "add", 3)) {
-        int32_t rc = at_end();
+        int32_t rc = ret_at_end();
         return rc ? rc : myretval_add();
     }
     if (cmdcmp(sub, "local", 3))
         return macgen(MG_RETURN);
     if (cmdcmp(sub, "scalar", 3))
-        return set_scalar(RK_RETURN);
+        return ret_set_scalar(RK_RETURN);
     if (cmdcmp(sub, "matrix", 3))
-        return set_matrix(RK_RETURN);
+        return ret_set_matrix(RK_RETURN);
     return error(RC_SYNTAX);
 }
 
@@ -173,9 +174,9 @@ int32_t sretcmd(int32_t)
 {
     const char *sub = ti_gettok(tokinfo, prsestd);
     if (cmdcmp(sub, "list", 2))
-        return list_store(RK_S);
+        return ret_list_store(RK_S);
     if (cmdcmp(sub, "clear", 3)) {
-        int32_t rc = at_end();
+        int32_t rc = ret_at_end();
         if (!rc)
             sretval_clear();
         return rc;
@@ -185,56 +186,10 @@ int32_t sretcmd(int32_t)
     return error(RC_SYNTAX);
 }
 
-// ---- e()
-
-static int32_t hold_name(char name[33])
-{
-    int32_t rc = result_name(name);
-    return rc ? rc : 0;
-}
-
-static int32_t est_hold()
-{
-    char name[33];
-    int32_t rc = hold_name(name);
-    if (rc)
-        return rc;
-    bool restore = false, nullok = false;
-    if (*ti_gettok(tokinfo, prsestd) == ',')
-        while (*ti_gettok(tokinfo, prsestd)) {
-            if (!strcmp(tokinfo->token, "restore"))
-                restore = true;
-            else if (!strcmp(tokinfo->token, "nullok"))
-                nullok = true;
-            else
-                return notalow(tok_text(tokinfo->token));
-        }
-    else if (*tokinfo->token)
-        return error(RC_SYNTAX);
-    if (!nullok && gretval_find(RK_E, "cmd") == 0 && !lastest)
-        return regrnotfound();
-    rc = held_hold(RK_E, name);
-    if (rc == RC_EXISTS)
-        return error2(3, name);
-    if (rc)
-        return error(rc);
-    hastmp_estheld = true;
-    estrestore = estrestore || restore;
-    return 0;
-}
-
-static int32_t est_unhold()
-{
-    char name[33];
-    int32_t rc = hold_name(name);
-    if (rc || (rc = at_end()))
-        return rc;
-    rc = held_restore(RK_E, name, false);
-    return rc == RC_NOTFOUND ? notfound(name) : rc;
-}
+// ---- _return
 
 // Names on the rest of the line, or _all.
-static int32_t drop_held(int32_t kind)
+int32_t ret_drop_held(int32_t kind)
 {
     if (!ti_peektok_chr(tokinfo))
         return error(RC_SYNTAX);
@@ -246,49 +201,6 @@ static int32_t drop_held(int32_t kind)
     return 0;
 }
 
-int32_t estimate(int32_t arg)
-{
-    category();
-    const char *sub = tokinfo->token;
-    if (cmdcmp(sub, "hold", 4))
-        return est_hold();
-    if (cmdcmp(sub, "unhold", 6))
-        return est_unhold();
-    if (cmdcmp(sub, "clear", 2)) {
-        int32_t rc = at_end();
-        if (rc)
-            return rc;
-        if (arg == 2)
-            return held_drop(RK_E, "_all");
-        estval_clear();
-        if (int32_t var = *esamplename ? sysfindvar(esamplename) : 0)
-            rc = dsa_drop_one_var(sysdsa, uint32_t(var), true);
-        *esamplename = 0;
-        return rc;
-    }
-    if (arg == 2) {
-        if (cmdcmp(sub, "dir", 1))
-            return held_dir(RK_E);
-        if (cmdcmp(sub, "drop", 4))
-            return drop_held(RK_E);
-        return error(RC_SYNTAX);
-    }
-    if (cmdcmp(sub, "list", 2))
-        return list_store(RK_E);
-    for (const char *later : {"post", "repost", "display"})
-        if (!strcmp(sub, later))
-            return notbuilt(0);
-    bool eclass = program_class == 3;
-    if (cmdcmp(sub, "local", 3))
-        return eclass ? macgen(MG_ERETURN) : error(152);
-    if (cmdcmp(sub, "scalar", 3))
-        return eclass ? set_scalar(RK_E) : error(152);
-    if (cmdcmp(sub, "matrix", 3))
-        return eclass ? set_matrix(RK_E) : error(152);
-    return error(RC_SYNTAX);
-}
-
-// ---- _return
 
 int32_t usreturn(int32_t)
 {
@@ -297,12 +209,12 @@ int32_t usreturn(int32_t)
     if (cmdcmp(sub.c_str(), "dir", 3))
         return held_dir(RK_R);
     if (cmdcmp(sub.c_str(), "drop", 4))
-        return drop_held(RK_R);
-    int32_t rc = result_name(name);
+        return ret_drop_held(RK_R);
+    int32_t rc = ret_result_name(name);
     if (rc)
         return rc;
     if (cmdcmp(sub.c_str(), "hold", 4)) {
-        if ((rc = at_end()))
+        if ((rc = ret_at_end()))
             return rc;
         rc = held_hold(RK_R, name);
         if (rc == RC_EXISTS)
@@ -327,19 +239,6 @@ void cleanhret()
 {
     held_droplevel(RK_R, typelmac);
     hastmp_hreturn = false;
-}
-
-void cleanesti()
-{
-    held_droplevel(RK_E, typelmac);
-    hastmp_estheld = false;
-}
-
-void estirestore()
-{
-    char name[33];
-    if (held_last(RK_E, typelmac, name) && held_restore(RK_E, name, false) == 0)
-        estrestore = false;
 }
 
 void rmtmpdyn(uint8_t pgmclass)

@@ -70,6 +70,12 @@ double invnftail(double df1, double df2, double L, double p);
 double nfden(double df1, double df2, double L, double f);
 double binormal(double h, double k, double rho);
 
+// k from 2 (1 for Dunnett) to 1e6, df from 1 to 1e17
+double srangeprob(double k, double df, double x);
+double invsrangeprob(double k, double df, double p);
+double dunnettprob(double k, double df, double x);  // two-sided, correlation 1/2
+double invdunnettprob(double k, double df, double p);
+
 // The Poisson and binomial terms for real arguments, by saddle points.
 double dist_poisson_term(double x, double mean);
 double dist_binomial_term(double x, double n, double p, double q);

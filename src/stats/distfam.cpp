@@ -2,8 +2,7 @@
 // chi-squared, F, t, binomial, Poisson, negative binomial, hypergeometric.
 #include "core/mem.h"
 #include "core/missing.h"
-#include "stats/dist.h"
-#include <cmath>
+#include "stats/distcore.h"
 #include <initializer_list>
 
 static constexpr double lowest_df = 2e-10, highest_df = 2e17, pow53 = 9007199254740992.0;
@@ -17,12 +16,13 @@ double gammaden(double a, double b, double g, double x)
 {
     if (!(a > 0 && a < misval && b > 0 && b < misval && g < misval && x < misval))
         return misval;
-    double z = (x - g) / b;
+    wide over = static_cast<wide>(x) - g;
+    double z = double(over / b);
     if (z < 0 || (z == 0 && a > 1))
         return 0;
     if (z == 0)
         return a == 1 ? 1 / b : misval;
-    return dist_poisson_term(a, z) * a / (z * b);
+    return double(std::exp(dist_gammafront(a, z)) / over);
 }
 
 double chi2cumm2(double df, double x)
@@ -54,7 +54,15 @@ double betaden(double a, double b, double x)
         return misval;
     if (x <= 0 || x >= 1)
         return 0;
-    return a * b / (a + b) * dist_binomial_term(a, a + b, x, 1 - x) / (x * (1 - x));
+    betapoint p = dist_betapoint(a, b, x);
+    return double(std::exp(dist_betafront(&p)) / (p.x * p.y));
+}
+
+// Where f lies, above 0; the distance from the mean comes straight from f.
+static betapoint f_point(double df1, double df2, double f)
+{
+    wide n = static_cast<wide>(df1) * f, sum = n + df2;
+    return {df1 / 2, df2 / 2, n / sum, df2 / sum, df1 / sum * df2 * (1 - static_cast<wide>(f)) / 2};
 }
 
 static bool f_tails(double df1, double df2, double f, tails *t)
@@ -65,8 +73,8 @@ static bool f_tails(double df1, double df2, double f, tails *t)
         *t = {0, 1};
         return true;
     }
-    double n = df1 * f, sum = n + df2;
-    return dist_beta(df1 / 2, df2 / 2, n / sum, df2 / sum, t);
+    betapoint p = f_point(df1, df2, f);
+    return dist_betatails(&p, t);
 }
 
 double fcumm2(double df1, double df2, double f)
@@ -87,21 +95,27 @@ double fden(double df1, double df2, double f)
         return misval;
     if (f <= 0)
         return 0;
-    double sum = df1 * f + df2, a = df1 / 2, b = df2 / 2;
-    return a * b / (a + b) * dist_binomial_term(a, a + b, df1 * f / sum, df2 / sum) / f;
+    betapoint p = f_point(df1, df2, f);
+    return double(std::exp(dist_betafront(&p)) / f);
+}
+
+static betapoint t_point(double df, double t)
+{
+    wide sq = static_cast<wide>(t) * t, sum = df + sq;
+    return {df / 2, 0.5, df / sum, sq / sum, df / sum * (sq - 1) / 2};
 }
 
 double ttail2(double df, double t)
 {
     if (!good_df(df) || !(t < misval))
         return misval;
+    if (t == 0)
+        return 0.5;
     tails v;
-    double sq = t * t, sum = df + sq;
-    if (!std::isfinite(sum))
-        return t < 0 ? 1 : 0;
-    if (!dist_beta(df / 2, 0.5, df / sum, sq / sum, &v))
+    betapoint p = t_point(df, t);
+    if (!dist_betatails(&p, &v))
         return misval;
-    return t > 0 ? v.lower / 2 : t == 0 ? 0.5 : 1 - v.lower / 2;
+    return t > 0 ? v.lower / 2 : 1 - v.lower / 2;
 }
 
 double invttail2(double df, double p)
@@ -117,12 +131,13 @@ double tden(double df, double t)
 {
     if (!good_df(df) || !(t < misval))
         return misval;
-    double sum = df + t * t, a = df / 2, b = 0.5;
-    double x = df / sum, y = t * t / sum;
-    if (y < 1e-8)  // near the middle the term of the beta loses its small side
-        return std::exp(std::lgamma(a + 0.5) - std::lgamma(a) - 0.5 * std::log(df * M_PI)
-                        - (a + 0.5) * std::log1p(t * t / df));
-    return a * b / (a + b) * dist_binomial_term(a, a + b, x, y) / std::fabs(t);
+    bool middle = std::fabs(t) < 1e-3;  // there from the density at 1
+    betapoint p = t_point(df, middle ? 1 : t);
+    wide ln = dist_betafront(&p);
+    if (!middle)
+        return double(std::exp(ln) / std::fabs(t));
+    wide v = df, sq = static_cast<wide>(t) * t;
+    return double(std::exp(ln - (v + 1) / 2 * (std::log1p(sq / v) - std::log1p(1 / v))));
 }
 
 double tprob(double df, double t)
@@ -263,7 +278,10 @@ double nbinomialp(double n, double k, double p)
     k = std::floor(k);
     if (k < 0)
         return 0;
-    return n / (n + k) * dist_binomial_term(n, n + k, p, 1 - p);
+    if (k == 0 || p == 0 || p == 1)
+        return p == 0 || (p == 1 && k > 0) ? 0 : double(std::exp(n * std::log(static_cast<wide>(p))));
+    betapoint at = dist_betapoint(n, k, p);
+    return double(std::exp(dist_betafront(&at)) / k);
 }
 
 double invnbinomial(double n, double k, double q)
@@ -296,9 +314,16 @@ double hypergeometricp(double N, double K, double n, double k)
         return misval;
     if (k < 0 || k > K || k > n || n - k > N - K)
         return 0;
-    double p = n / N, q = (N - n) / N;
-    return dist_binomial_term(k, K, p, q) * dist_binomial_term(n - k, N - K, p, q)
-           / dist_binomial_term(n, N, p, q);
+    // Four terms about their means, which all lie at the same distance.
+    wide mean = static_cast<wide>(n) * K / N, delta = dist_cross(K, n, k, N) / N;
+    wide mean2 = n - mean, rest = K - mean, rest2 = N - n - rest;
+    double k2 = n - k, r = K - k, r2 = N - K - k2;
+    wide e = dist_lnfac_rest(K) + dist_lnfac_rest(N - K) + dist_lnfac_rest(n)
+             + dist_lnfac_rest(N - n) - dist_lnfac_rest(N) - dist_lnfac_rest(k)
+             - dist_lnfac_rest(k2) - dist_lnfac_rest(r) - dist_lnfac_rest(r2)
+             - dist_deviance(k, mean, delta) - dist_deviance(k2, mean2, -delta)
+             - dist_deviance(r, rest, -delta) - dist_deviance(r2, rest2, delta);
+    return double(std::exp(e));
 }
 
 double hypergeometric(double N, double K, double n, double k)

@@ -1,87 +1,227 @@
-// stats/distnc.cpp - noncentral distributions as Poisson mixtures, and the bivariate normal.
+// stats/distnc.cpp - noncentral distributions as Poisson mixtures.
 //
-//   mixtures   terms from the largest weight outward, as in D. Benton and K. Krishnamoorthy,
-//              Computational Statistics and Data Analysis 43 (2003)
-//   bivariate  the integral over the correlation of Z. Drezner and G. O. Wesolowsky, Journal
-//              of Statistical Computation and Simulation 35 (1990), by Gauss-Legendre rules
-#include "core/mem.h"
-#include "core/missing.h"
-#include "stats/dist.h"
-#include "stats/normal.h"
-#include <cmath>
+//   mixtures   D. Benton and K. Krishnamoorthy, Computing discrete mixtures of continuous
+//              distributions, Computational Statistics and Data Analysis 43 (2003); but the
+//              sum runs about the largest product, which in the tails is far from the largest
+//              weight, and in the direction in which the recurrence only adds
+#include "stats/distcore.h"
+#include "stats/distquad.h"
 
 static constexpr double highest_L = 1e7;
 
+// A mixture over the first parameter a + j with Poisson weights of the given mean.
 struct mixture {
-    char kind;  // c chi-squared, b beta, B its density, u upper tail of beta
-    double a, b, x, y;
+    char kind;  // c lower tail of gamma; b lower, u upper tail of beta; d its density over odds
+    double a, b;
+    wide x, y, lambda;  // as in a beta point; x alone for gamma
+    double mean;
 };
 
-static double part(const mixture *m, double j)
+static bool is_gamma(const mixture *m) { return m->kind == 'c'; }
+
+// log of the front factor at j.
+static wide front(const mixture *m, double j)
 {
-    tails t;
-    switch (m->kind) {
-    case 'c': return dist_gamma(m->a + j, m->x, &t) ? t.lower : misval;
-    case 'b': return dist_beta(m->a + j, m->b, m->x, m->y, &t) ? t.lower : misval;
-    case 'u': return dist_beta(m->a + j, m->b, m->x, m->y, &t) ? t.upper : misval;
-    default: {
-        double a = m->a + j;
-        return a * m->b / (a + m->b) * dist_binomial_term(a, a + m->b, m->x, m->y)
-               / (m->x * m->y);
-    }
-    }
+    if (is_gamma(m))
+        return dist_gammafront(m->a + j, double(m->x));
+    betapoint p{m->a + j, m->b, m->x, m->y, m->lambda + j * m->y};
+    return dist_betafront(&p);
 }
 
-static double mix(const mixture *m, double L)
+static bool part(const mixture *m, double j, double *z)
 {
-    double mean = L / 2, mode = std::floor(mean), sum = 0;
-    for (int up = 0; up < 2; up++)
-        for (double j = up ? mode + 1 : mode; j >= 0; j += up ? 1 : -1) {
-            double w = dist_poisson_term(j, mean), z = part(m, j);
-            if (z >= misval || ((int64_t(j) & 255) == 0 && fault_poll()))
-                return misval;
-            sum += w * z;
-            // Weights fall on both sides; parts are bounded, but a density may still grow.
-            if (w < 1e-20 || (w * z < sum * 1e-18 && w < 1e-3 && (m->kind != 'B' || z < sum)))
-                break;
+    tails t;
+    if (m->kind == 'd') {
+        *z = double(std::exp(front(m, j)));
+        return true;
+    }
+    if (is_gamma(m)) {
+        if (!dist_gamma(m->a + j, double(m->x), &t))
+            return false;
+    } else {
+        betapoint p{m->a + j, m->b, m->x, m->y, m->lambda + j * m->y};
+        if (!dist_betatails(&p, &t))
+            return false;
+    }
+    *z = m->kind == 'u' ? t.upper : t.lower;
+    return true;
+}
+
+// Weight times part at j.
+static bool product(const mixture *m, double j, double *out)
+{
+    double z;
+    if (!part(m, j, &z))
+        return false;
+    *out = dist_poisson_term(j, m->mean) * z;
+    return true;
+}
+
+// The products rise to one peak and fall from it: finds it between low and high by halving.
+static bool peak(const mixture *m, double low, double high, double *at)
+{
+    while (low < high) {
+        double mid = std::floor((low + high) / 2), z, next;
+        if (!product(m, mid, &z) || !product(m, mid + 1, &next) || fault_poll())
+            return false;
+        if (next > z)
+            low = mid + 1;
+        else
+            high = mid;
+    }
+    *at = low;
+    return true;
+}
+
+// The first j on the way in steps of dir from the peak where the product no longer counts.
+static bool far_end(const mixture *m, double from, double dir, double least, double *at)
+{
+    double j = from, step = 8;
+    for (double z = HUGE_VAL; z > least; step *= 1.5) {
+        j = std::fmax(0, j + dir * std::floor(step));
+        if (j == 0 && dir < 0)
+            break;
+        if (!product(m, j, &z) || fault_poll())
+            return false;
+    }
+    *at = j;
+    return true;
+}
+
+static double mix(const mixture *m)
+{
+    double mode = std::floor(m->mean), spread = std::sqrt(m->mean) * 40 + 800, at, z;
+    bool down = m->kind == 'c' || m->kind == 'b';  // parts fall with j, and add on the way down
+    if (!peak(m, down ? 0 : std::fmax(0, mode - spread), down ? mode : mode + spread, &at)
+        || !product(m, at, &z))
+        return misval;
+    double first, last, least = z * 1e-21;
+    if (!far_end(m, at, down ? 1 : -1, least, &first) || !far_end(m, at, down ? -1 : 1, least, &last)
+        || !part(m, first, &z))
+        return misval;
+    // In extended range: the weight may lie far below the smallest double.
+    wide w = std::exp(-dist_lnfac_rest(first) - dist_deviance(first, m->mean, m->mean - wide(first)));
+    wide sum = 0, value = z;
+    wide term = std::exp(front(m, first));
+    if (m->kind != 'd')
+        term /= m->a + first;
+    for (double j = first;; j += down ? -1 : 1) {
+        sum += w * value;
+        if (j == last)
+            break;
+        if ((int64_t(j) & 1023) == 0 && fault_poll())
+            return misval;
+        // The term of j - 1 joins the part of j to that of j - 1.
+        wide a = m->a + j;
+        if (down) {
+            term *= is_gamma(m) ? a / m->x : a / (m->x * (a + m->b - 1));
+            value += term;
+            w *= j / m->mean;
+        } else if (m->kind == 'u') {
+            value += term;
+            term *= m->x * (a + m->b) / (a + 1);
+            w *= m->mean / (j + 1);
+        } else {
+            term *= m->x * (a + m->b) / a;
+            value = term;
+            w *= m->mean / (j + 1);
         }
-    return sum;
+    }
+    return double(sum);
+}
+
+// Without noncentrality there is one part.
+static double mixed(mixture m, double L)
+{
+    double z;
+    m.mean = L / 2;
+    if (L == 0)
+        return part(&m, 0, &z) ? z : misval;
+    return mix(&m);
 }
 
 static bool good(double df) { return df >= 2e-10 && df <= 1e17; }
 static bool good_L(double L) { return L >= 0 && L <= highest_L; }
+static bool inside(double p) { return p > 0 && p < 1; }
+
+// ---- chi-squared
 
 double nchi2(double df, double L, double x)
 {
     if (!good(df) || !good_L(L) || !(x < misval))
         return misval;
-    mixture m{'c', df / 2, 0, x / 2, 0};
-    return x <= 0 ? 0 : mix(&m, L);
+    return x <= 0 ? 0 : mixed({'c', df / 2, 0, x / 2, 0, 0, 0}, L);
+}
+
+double invnchi2(double df, double L, double p)
+{
+    if (!good(df) || !good_L(L) || !inside(p))
+        return p == 0 && good(df) && good_L(L) ? 0 : misval;
+    return dist_root([=](double x) { return nchi2(df, L, x); }, p, true, df + L, 1e300);
+}
+
+double npnchi2(double df, double x, double p)
+{
+    if (!good(df) || !(x > 0 && x < misval) || !inside(p))
+        return misval;
+    double most = nchi2(df, 0, x);
+    if (most >= misval || most < p)
+        return misval;
+    if (most == p)
+        return 0;
+    return dist_root([=](double L) { return nchi2(df, L, x); }, p, false, std::fmax(1, x - df),
+                     highest_L);
+}
+
+// ---- beta
+
+static mixture beta_mixture(char kind, double a, double b, double x)
+{
+    betapoint p = dist_betapoint(a, b, x);
+    return {kind, a, b, p.x, p.y, p.lambda, 0};
 }
 
 double nibeta(double a, double b, double L, double x)
 {
     if (!good(a) || !good(b) || !good_L(L) || !(x < misval))
         return misval;
-    mixture m{'b', a, b, x, 1 - x};
-    return x <= 0 ? 0 : x >= 1 ? 1 : mix(&m, L);
+    return x <= 0 ? 0 : x >= 1 ? 1 : mixed(beta_mixture('b', a, b, x), L);
 }
 
 double nbetaden(double a, double b, double L, double x)
 {
     if (!good(a) || !good(b) || !good_L(L) || !(x < misval))
         return misval;
-    mixture m{'B', a, b, x, 1 - x};
-    return x <= 0 || x >= 1 ? 0 : mix(&m, L);
+    if (x <= 0 || x >= 1)
+        return 0;
+    double z = mixed(beta_mixture('d', a, b, x), L);
+    return z >= misval ? misval : double(z / (x * (1 - static_cast<wide>(x))));
+}
+
+double invnibeta(double a, double b, double L, double p)
+{
+    if (!good(a) || !good(b) || !good_L(L) || !(p >= 0 && p <= 1))
+        return misval;
+    if (!inside(p))
+        return p;
+    return dist_root([=](double x) { return nibeta(a, b, L, x); }, p, true,
+                     (a + L / 2) / (a + b + L / 2), 1);
+}
+
+// ---- F
+
+static mixture f_mixture(char kind, double df1, double df2, double f)
+{
+    wide n = static_cast<wide>(df1) * f, sum = n + df2;
+    return {kind, df1 / 2, df2 / 2, n / sum, df2 / sum,
+            df1 / sum * df2 * (1 - static_cast<wide>(f)) / 2, 0};
 }
 
 double nftail(double df1, double df2, double L, double f)
 {
     if (!good(df1) || !good(df2) || !good_L(L) || !(f < misval))
         return misval;
-    double sum = df1 * f + df2;
-    mixture m{'u', df1 / 2, df2 / 2, df1 * f / sum, df2 / sum};
-    return f <= 0 ? 1 : mix(&m, L);
+    return f <= 0 ? 1 : mixed(f_mixture('u', df1, df2, f), L);
 }
 
 double nfden(double df1, double df2, double L, double f)
@@ -90,126 +230,14 @@ double nfden(double df1, double df2, double L, double f)
         return misval;
     if (f <= 0)
         return 0;
-    double sum = df1 * f + df2;
-    mixture m{'B', df1 / 2, df2 / 2, df1 * f / sum, df2 / sum};
-    double z = mix(&m, L);
-    return z >= misval ? misval : z * (df1 / sum) * (df2 / sum);
-}
-
-// ---- inverses by halving, where the value rises or falls over the whole range
-
-using curve = double (*)(const double *parm, double x);
-
-// The x from 0 on where f is p. rising tells the direction; limit bounds the search.
-static double halve(curve f, const double *parm, double p, bool rising, double limit)
-{
-    double low = 0, high = 1;
-    auto before = [&](double z) { return rising ? z < p : z > p; };
-    while (high < limit) {
-        double z = f(parm, high);
-        if (z >= misval)
-            return misval;
-        if (!before(z))
-            break;
-        low = high;
-        high *= 2;
-    }
-    if (high >= limit) {
-        high = limit;
-        if (before(f(parm, limit)))
-            return misval;
-    }
-    for (int i = 0; i < 200 && high - low > 1e-15 * high; i++) {
-        double mid = (low + high) / 2, z = f(parm, mid);
-        if (z >= misval)
-            return misval;
-        (before(z) ? low : high) = mid;
-    }
-    return (low + high) / 2;
-}
-
-static bool inside(double p) { return p > 0 && p < 1; }
-
-double invnchi2(double df, double L, double p)
-{
-    double parm[] = {df, L};
-    if (!good(df) || !good_L(L) || !inside(p))
-        return p == 0 ? 0 : misval;
-    return halve([](const double *q, double x) { return nchi2(q[0], q[1], x); }, parm, p, true,
-                 1e300);
-}
-
-double npnchi2(double df, double x, double p)
-{
-    double parm[] = {df, x};
-    if (!good(df) || !(x > 0 && x < misval) || !inside(p) || nchi2(df, 0, x) < p)
-        return misval;
-    return halve([](const double *q, double L) { return nchi2(q[0], L, q[1]); }, parm, p, false,
-                 highest_L);
-}
-
-double invnibeta(double a, double b, double L, double p)
-{
-    double parm[] = {a, b, L};
-    if (!good(a) || !good(b) || !good_L(L) || !inside(p))
-        return p == 0 || p == 1 ? p : misval;
-    return halve([](const double *q, double x) { return nibeta(q[0], q[1], q[2], x); }, parm, p,
-                 true, 1);
+    double z = mixed(f_mixture('d', df1, df2, f), L);
+    return z >= misval ? misval : z / f;
 }
 
 double invnftail(double df1, double df2, double L, double p)
 {
-    double parm[] = {df1, df2, L};
     if (!good(df1) || !good(df2) || !good_L(L) || !inside(p))
-        return p == 1 ? 0 : misval;
-    return halve([](const double *q, double f) { return nftail(q[0], q[1], q[2], f); }, parm, p,
-                 false, 1e300);
-}
-
-// ---- bivariate normal
-
-// Ten of the twenty points lie on either side of the middle.
-static const double gl_x[10] = {0.0765265211334973, 0.2277858511416451, 0.3737060887154196,
-                                0.5108670019508271, 0.6360536807265150, 0.7463319064601508,
-                                0.8391169718222188, 0.9122344282513259, 0.9639719272779138,
-                                0.9931285991850949};
-static const double gl_w[10] = {0.1527533871307259, 0.1491729864726037, 0.1420961093183821,
-                                0.1316886384491766, 0.1181945319615184, 0.1019301198172404,
-                                0.0832767415767048, 0.0626720483341091, 0.0406014298003869,
-                                0.0176140071391521};
-
-// The integrand at angle t; c is pi/2 less t, so that the cosine keeps its digits.
-static double over_angle(double h, double k, double c)
-{
-    double cosine = std::sin(c), sine = std::cos(c);
-    double e = (h - k) * (h - k) / (2 * cosine * cosine) + h * k / (1 + sine);
-    return std::exp(-e);
-}
-
-// Between the angles pi/2 - from and pi/2 - to.
-static double panel(double h, double k, double from, double to)
-{
-    double mid = (from + to) / 2, half = (from - to) / 2, sum = 0;
-    for (int i = 0; i < 10; i++)
-        sum += gl_w[i] * (over_angle(h, k, mid + half * gl_x[i])
-                          + over_angle(h, k, mid - half * gl_x[i]));
-    return sum * half;
-}
-
-double binormal(double h, double k, double rho)
-{
-    if (!(h < misval && k < misval && rho >= -1 && rho <= 1))
-        return misval;
-    if (rho < 0)  // the other side of one variable has the opposite correlation
-        return std::fmax(0, ovnormal(h) - binormal(h, -k, -rho));
-    if (rho == 1)
-        return ovnormal(h < k ? h : k);
-    double c = std::acos(rho), from = M_PI / 2, sum = 0;
-    while (from > c) {  // panels shrink toward the right angle, where the integrand is steep
-        double to = from / 2 > c ? from / 2 : c;
-        sum += panel(h, k, from, to);
-        from = to;
-    }
-    double z = ovnormal(h) * ovnormal(k) + sum / double2p;
-    return z < 0 ? 0 : z > 1 ? 1 : z;
+        return p == 1 && good(df1) && good(df2) && good_L(L) ? 0 : misval;
+    return dist_root([=](double f) { return nftail(df1, df2, L, f); }, p, false, 1 + L / df1,
+                     1e300);
 }

@@ -3,9 +3,14 @@
 #include "core/rc.h"
 #include "core/state.h"
 #include "interp/dm.h"
+#include "data/dsa.h"
+#include "data/variables.h"
 #include "output/print.h"
+#include "stats/esample.h"
 #include "stats/results.h"
+#include <cstdio>
 #include <cstring>
+#include <vector>
 
 static constexpr int32_t slotlen = 12, nslot = (DM_HELD_LAST - DM_HELD_FIRST + 1) / slotlen;
 static constexpr int32_t rtypes[slotlen] = {DM_RSCALAR, DM_RMACRO, DM_RMATRIX, DM_RMATROWS,
@@ -40,8 +45,59 @@ static void empty_slot(int32_t slot)
         dmzap(slot_type(slot) + i);
 }
 
-int32_t held_hold(int32_t kind, const char *name)
+// ---- the sample variable of a set: _est_NAME while it is held
+
+static int32_t sample_name(const char *name, char out[33])
 {
+    *out = 0;
+    if (!*esamplename || !sysfindvar(esamplename))
+        return 0;
+    snprintf(out, 33, "_est_%.27s", name);
+    return sysfindvar(out) ? RC_EXISTS : 0;
+}
+
+static void sample_hide(const char *name)
+{
+    int32_t var = *esamplename ? sysfindvar(esamplename) : 0;
+    if (var > 0 && *name) {
+        memcpy(_varlist[var - 1], name, 33);
+        newdata = true;
+    }
+    *esamplename = 0;
+}
+
+static int32_t sample_back(const char *name, bool keep)
+{
+    int32_t var = *name ? sysfindvar(name) : 0;
+    if (!var) {
+        esample_drop();
+        return 0;
+    }
+    if (!keep)
+        return esample_take(var);
+    std::vector<uint8_t> mark(size_t(_Nobs) + 1);
+    for (int32_t obs = 1; obs <= _Nobs; obs++)
+        mark[size_t(obs)] = dsa_data(sysdsa, uint32_t(var), uint32_t(obs)) == 1;
+    return esample_set(mark.data());
+}
+
+static void drop_slot(int32_t slot)
+{
+    dmrec *r = slot_rec(slot);
+    if (r->a == RK_E) {
+        auto info = static_cast<const heldinfo *>(dm_payload(r));
+        int32_t var = *info->sample ? sysfindvar(info->sample) : 0;
+        if (var && dsa_drop_one_var(sysdsa, uint32_t(var), true))
+            var = 0;
+    }
+    empty_slot(slot);
+}
+
+int32_t held_hold(int32_t kind, const char *name, bool permanent)
+{
+    char sample[33] = "";
+    if (kind == RK_E && sample_name(name, sample))
+        return RC_EXISTS;
     if (find_slot(name, kind) >= 0)
         return RC_EXISTS;
     int32_t slot = 0;
@@ -53,10 +109,10 @@ int32_t held_hold(int32_t kind, const char *name)
         return RC_DMMEM;
     heldinfo info = {};
     if (kind == RK_E) {
-        memcpy(info.sample, esamplename, sizeof info.sample);
+        memcpy(info.sample, sample, sizeof info.sample);
         info.lastest = lastest;
     }
-    if (dmsave23(name, slot_type(slot) + slotlen - 1, typelmac, int16_t(kind), -1, &info,
+    if (dmsave23(name, slot_type(slot) + slotlen - 1, permanent ? 0 : typelmac, int16_t(kind), -1, &info,
                  sizeof info))
         return RC_DMMEM;
     const int32_t *types = kind == RK_R ? rtypes : etypes;
@@ -66,7 +122,7 @@ int32_t held_hold(int32_t kind, const char *name)
     if (kind == RK_R)
         retval_zap();
     else {
-        *esamplename = 0;
+        sample_hide(sample);
         estval_clear();
     }
     return 0;
@@ -97,8 +153,9 @@ int32_t held_restore(int32_t kind, const char *name, bool keep)
     if (kind == RK_R)
         retval_mark_dm();
     else {
-        memcpy(esamplename, info->sample, sizeof info->sample);
         lastest = info->lastest;
+        if (int32_t rc = sample_back(info->sample, keep))
+            return rc;
     }
     if (!keep)
         empty_slot(slot);
@@ -112,7 +169,7 @@ int32_t held_drop(int32_t kind, const char *name)
     for (int32_t s = 0; s < nslot; s++) {
         dmrec *r = slot_rec(s);
         if (r && r->a == kind && (all || !strcmp(r->name, name))) {
-            empty_slot(s);
+            drop_slot(s);
             found = 0;
         }
     }
@@ -124,7 +181,7 @@ void held_droplevel(int32_t kind, int32_t level)
     for (int32_t s = 0; s < nslot; s++) {
         dmrec *r = slot_rec(s);
         if (r && r->a == kind && r->aux >= level)
-            empty_slot(s);
+            drop_slot(s);
     }
 }
 

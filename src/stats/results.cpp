@@ -27,7 +27,7 @@ static fasttable rtable, etable;
 uint8_t retval_flag;
 static constexpr uint8_t RF_TABLE = 1, RF_DM = 2;
 
-bool lastest;
+bool lastest, lastest_op;
 char esamplename[33];
 int32_t savres_cat;
 double usresult[21];
@@ -265,13 +265,42 @@ static void drop_s_e_names()
 
 void estval_clear()
 {
-    lastest = false;
+    lastest = lastest_op = false;
     zap(types_of(RK_E));
     for (int32_t t : {int32_t(DM_ESTIMATES), int32_t(DM_ESTMAT), int32_t(DM_ESTAUX1),
                       int32_t(DM_ESTAUX2)})
         dmzap(t);
     drop_s_e_names();
 }
+
+void estval_partial_clear_for_huber()
+{
+    etable.n = 0;
+    dmzap(DM_ESCALAR);
+}
+
+void estval_partial_clear_for_post()
+{
+    lastest = lastest_op = false;
+    for (int32_t t : {int32_t(DM_ESTIMATES), int32_t(DM_ESTMAT), int32_t(DM_ESTAUX1)})
+        dmzap(t);
+    for (const char *name : {"b", "V"})
+        umat_rm(name, MK_E);
+}
+
+static const char *emacro(const char *name)
+{
+    return gretval_find(RK_E, name) == DM_LOCAL ? retval_get_strptr() : "";
+}
+
+void estval_save_vcetype(const char *text) { (void)estval_reset_glocal("vcetype", text); }
+const char *estval_use_vcetype() { return emacro("vcetype"); }
+void estval_save_clustvar(const char *name) { (void)estval_reset_glocal("clustvar", name); }
+const char *estval_use_clustvar() { return emacro("clustvar"); }
+void estval_erase_clustvar() { estval_erase("clustvar"); }
+void estval_save_N_clust(double n) { (void)estval_reset_gscalar(n, "N_clust"); }
+double estval_use_N_clust() { return estval_get_double("N_clust"); }
+void estval_erase_N_clust() { estval_erase("N_clust"); }
 
 void estval_set_gscalar(double value, const char *name, int32_t cat)
 {

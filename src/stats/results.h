@@ -30,7 +30,10 @@ void retval_erase(const char *name);
 [[nodiscard]] int32_t retval_internal_to_dynamic();
 
 extern bool lastest;
+extern bool lastest_op;      // the next display of estimates is a replay of them
 void estval_clear();
+void estval_partial_clear_for_huber();  // the scalars, before a robust step writes its own
+void estval_partial_clear_for_post();   // b and V, before others take their place
 void estval_set_gscalar(double value, const char *name, int32_t cat = 0);
 void estval_set_glocal(const char *name, const char *text, int32_t cat = 0);
 int32_t estval_reset_gscalar(double value, const char *name, int32_t cat = 0);  // 0 or 950
@@ -38,6 +41,15 @@ int32_t estval_reset_glocal(const char *name, const char *text, int32_t cat = 0)
 void estval_erase(const char *name);
 [[nodiscard]] int32_t estval_internal_to_dynamic();
 double estval_get_double(const char *name);
+// The facts that a robust step leaves, by their places.
+void estval_save_vcetype(const char *text);
+const char *estval_use_vcetype();            // empty when there is none
+void estval_save_clustvar(const char *name);
+const char *estval_use_clustvar();
+void estval_erase_clustvar();
+void estval_save_N_clust(double n);
+double estval_use_N_clust();
+void estval_erase_N_clust();
 extern char esamplename[33];  // the hidden sample variable, empty when there is none
 // The matrix behind e(b) or e(V): its dm name, or null without estimates.
 const char *find_e_of_specialname(const char *name);
@@ -60,7 +72,8 @@ int32_t retvals_dir(int32_t kind);  // the listing form; returns stopflag
 void retval_mark_dm();  // r() now holds records
 
 // ---- whole sets set aside under a name; kind is RK_R or RK_E. Silent.
-[[nodiscard]] int32_t held_hold(int32_t kind, const char *name);     // 0, 110, 950, 1000
+[[nodiscard]] int32_t held_hold(int32_t kind, const char *name, bool permanent = false);
+                                                           // 0, 110, 950, 1000
 [[nodiscard]] int32_t held_restore(int32_t kind, const char *name, bool keep);  // 0, 111, 950
 [[nodiscard]] int32_t held_drop(int32_t kind, const char *name);     // _all too
 void held_droplevel(int32_t kind, int32_t level);  // those held at typelmac level or above

@@ -22,7 +22,8 @@ static std::string word(lcg &rnd, uint32_t most)
 static void scatter_data(lcg &rnd)
 {
     fresh_system(true);
-    int32_t K = int32_t(rnd(9)), N = int32_t(rnd(40));
+    // Rows come back with the columns that hold them, so there are some.
+    int32_t K = 1 + int32_t(rnd(8)), N = int32_t(rnd(40));
     for (int32_t k = 1; k <= K; k++) {
         static const uint8_t types[] = {1, 9, 100, 244, T_BYTE, T_INT, T_LONG, T_FLOAT, T_DOUBLE};
         uint8_t t = types[rnd(9)];

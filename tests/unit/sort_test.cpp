@@ -120,6 +120,43 @@ TEST(Sort, TiesFollowTheSeedUnlessStable)
     }
 }
 
+static bool odd_rows(int32_t obs) { return obs % 2; }
+
+// The order in a work variable is the one sort_index finds; what is not selected stands behind.
+TEST(Sort, AnIndexInAWorkVariable)
+{
+    for (int32_t N : {1, 2, 9, 5000}) {
+        lcg rnd(3);
+        make(N, T_LONG, 0, rnd, 500);
+        std::vector<uint8_t> sel;
+        for (int32_t i = 1; i <= N; i++)
+            sel.push_back(odd_rows(i));
+        std::vector<int32_t> want(size_t(N) + 1);
+        int32_t m = sort_index(key1, 1, sel.data(), want.data()), n = 0;
+        int32_t var = sortvar(key1, 1, 1, N, odd_rows, 0, &n);
+        ASSERT_GT(var, 0);
+        ASSERT_EQ(n, m);
+        std::vector<bool> seen(size_t(N) + 1);
+        for (int32_t i = 1; i <= N; i++) {
+            int32_t at = dsa_idata(sysdsa, uint32_t(var), uint32_t(i));
+            if (i <= n) {
+                ASSERT_EQ(sort_compare(uint32_t(at), uint32_t(want[size_t(i) - 1]), key1, 1), 0);
+                ASSERT_TRUE(odd_rows(at));
+            }
+            ASSERT_FALSE(seen[size_t(at)]);
+            seen[size_t(at)] = true;
+        }
+        // Turned around, it is found to be descending and turned back.
+        for (int32_t i = 1; i <= n; i++)
+            dsa_istore(want[size_t(n - i)], sysdsa, uint32_t(var), uint32_t(i));
+        uint32_t seed = sortseed();
+        ASSERT_EQ(sortvar1(var, key1, 1, 1, n), 0);
+        EXPECT_EQ(sortseed(), seed);
+        for (int32_t i = 1; i <= n; i++)
+            ASSERT_EQ(dsa_idata(sysdsa, uint32_t(var), uint32_t(i)), want[size_t(i) - 1]);
+    }
+}
+
 TEST(Sort, TheGeneratorDrawsAsTold)
 {
     setsortseed(1001);

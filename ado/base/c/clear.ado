@@ -2,14 +2,21 @@
 program clear
 	version 12.1
 	syntax [anything(name=what)]
-	local all = "`what'" == "_all" | "`what'" == "*"
-	if !inlist("`what'", "", "_all", "*", "results", "matrix", "programs", "ado") {
+	local all = inlist("`what'", "all", "_all", "*")
+	if !inlist("`what'", "", "all", "_all", "*", "results", "matrix", "programs", "ado") {
 		display as error `"`what' not allowed"'
 		exit 198
 	}
 	if "`what'" == "" | `all' {
 		drop _all
 		label drop _all
+		_label data
+		local names : char _dta[]
+		foreach name of local names {
+			char _dta[`name']
+		}
+		global S_FN
+		global S_FNDATE
 	}
 	if "`what'" == "matrix" | `all' {
 		matrix drop _all

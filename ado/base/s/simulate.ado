@@ -55,6 +55,7 @@ program simulate
 	}
 	postclose `post'
 	quietly use `"`file'"', clear
+	global S_FN
 	_label data `"simulate:`command'"'
 	char _dta[command] `"`command'"'
 end

@@ -1,0 +1,5 @@
+*! estat hettest
+program hettest
+	version 12.1
+	estat hettest `0'
+end

@@ -1,0 +1,5 @@
+*! estat ovtest
+program ovtest
+	version 12.1
+	estat ovtest `0'
+end

@@ -1,0 +1,9 @@
+*! short for regress
+program regr, eclass byable(onecall)
+	version 12.1
+	if _by() {
+		by `_byvars': regress `0'
+		exit
+	}
+	regress `0'
+end

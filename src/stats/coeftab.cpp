@@ -1,0 +1,161 @@
+#include "stats/coeftab.h"
+#include "core/missing.h"
+#include "core/state.h"
+#include "core/text.h"
+#include "data/umat.h"
+#include "expr/strfun.h"
+#include "interp/messages.h"
+#include "output/fmt.h"
+#include "output/print.h"
+#include "stats/dist.h"
+#include "stats/normal.h"
+#include "stats/results.h"
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+coefstat coef_stats(double b, double se, double df, double level)
+{
+    coefstat c = {b, se, misval, misval, misval, misval};
+    if (!(se > 0) || se >= misval) {
+        c.se = misval;
+        return c;
+    }
+    bool isz = df >= misval;
+    c.stat = b / se;
+    double tail = (1 - level / 100) / 2, q;
+    if (isz) {
+        c.p = 2 * ovnormal(-std::fabs(c.stat));
+        q = -ovinvnormal(tail);
+    } else {
+        c.p = 2 * ttail2(df, std::fabs(c.stat));
+        q = invttail2(df, tail);
+    }
+    c.low = b - q * se;
+    c.high = b + q * se;
+    return c;
+}
+
+void coeftab_rule(char joint)
+{
+    spout21fat(1, "-------------%c----------------------------------------------------------------\n",
+               joint);
+}
+
+void coeftab_heading(const char *name, const char *what, double level, bool isz, bool beta,
+                     const char *setype)
+{
+    char shown[246], lev[24], interval[48];
+    if (*setype)
+        spout21fat(1, "%12s |%11s%12s\n", "", "", setype);
+    fmtnumtrim(lev, sizeof lev, level, "%9.0g");
+    snprintf(interval, sizeof interval, beta ? "Beta" : "[%s%% Conf. Interval]", lev);
+    str_abbrev(shown, name, 12);
+    spout21fat(1, "%12s |%11s   Std. Err.%7s%9s%25s\n", shown, what, isz ? "z" : "t",
+               isz ? "P>|z|" : "P>|t|", interval);
+}
+
+static const char *cell(char *buf, double z, const char *fmt)
+{
+    fmtnumtrim(buf, 64, z, fmt);
+    return buf;
+}
+
+void coeftab_line(const char *name, const coefstat *c, const double *beta)
+{
+    char shown[246], b[64], se[64], st[64], p[64], lo[64], hi[64];
+    str_abbrev(shown, name, 12);
+    spout21fat(1, "%12s |", shown);
+    cell(b, c->b, "%9.0g");
+    cell(se, c->se, "%9.0g");
+    cell(st, c->stat, "%8.2f");
+    cell(p, c->p, "%5.3f");
+    if (beta) {
+        cell(hi, *beta, "%9.0g");
+        spout21fat(0, "%11s%11s%9s%8s%25s\n", b, se, st, p, hi);
+        return;
+    }
+    cell(lo, c->low, "%9.0g");
+    cell(hi, c->high, "%9.0g");
+    spout21fat(0, "%11s%11s%9s%8s%13s%12s\n", b, se, st, p, lo, hi);
+}
+
+static std::string macro_of(const char *name)
+{
+    return gretval_find(RK_E, name) == 5179 ? retval_get_strptr() : "";
+}
+
+static void cluster_note()
+{
+    std::string clust = macro_of("clustvar");
+    double g = estval_get_double("N_clust");
+    if (clust.empty() || g >= misval)
+        return;
+    char n[40], text[200];
+    snprintf(text, sizeof text, "(Std. Err. adjusted for %s clusters in %s)", fmt_comma(n, g),
+             clust.c_str());
+    spout21fat(1, "%78s\n", text);
+}
+
+static coefstat exponentiated(const coefstat *c)
+{
+    coefstat e = *c;
+    e.b = std::exp(c->b);
+    e.se = c->se < misval ? e.b * c->se : misval;
+    e.low = c->low < misval ? std::exp(c->low) : misval;
+    e.high = c->high < misval ? std::exp(c->high) : misval;
+    return e;
+}
+
+int32_t coeftab_show(const coeftab *t)
+{
+    matref b, v, std_b;
+    if (!umat_get("b", MK_E, &b))
+        return regrnotfound();
+    bool hasv = umat_get("V", MK_E, &v);
+    bool hasbeta = t->beta && umat_get("beta", MK_E, &std_b);
+    double df = estval_get_double("df_r");
+    bool isz = gretval_find(RK_E, "df_r") == 0;
+    std::string depvar = macro_of("depvar"), setype = macro_of("vcetype");
+    outlev_keep keep(1);
+    cluster_note();
+    spout21("------------------------------------------------------------------------------\n");
+    coeftab_heading(depvar.c_str(), *t->eform ? t->eform : "Coef.", t->level, isz, t->beta,
+                    setype.c_str());
+    coeftab_rule('+');
+    const char *eq = "_";
+    for (int32_t j = 1; j <= b.m->cols; j++) {
+        const umatname &name = b.col[j - 1];
+        if (strcmp(name.eq, eq)) {
+            if (j > 1)
+                coeftab_rule('+');
+            eq = name.eq;
+            char shown[246];
+            str_abbrev(shown, eq, 12);
+            spout21fat(1, "%-12s |\n", shown);
+        }
+        bool constant = !strcmp(name.name, "_cons");
+        if (constant && *t->eform)
+            continue;
+        double z = umat_el(b.m, 1, j), var = hasv ? umat_el(v.m, j, j) : 0;
+        if (z == 0 && var == 0 && hasv) {
+            char shown[246];
+            str_abbrev(shown, name.name, 12);
+            if (t->omitted)
+                spout21fat(1, "%12s |%11s\n", shown, "(omitted)");
+            continue;
+        }
+        coefstat c = coef_stats(z, var > 0 ? std::sqrt(var) : misval, isz ? misval : df, t->level);
+        if (*t->eform)
+            c = exponentiated(&c);
+        double beta = hasbeta && !constant && j <= std_b.m->cols ? umat_el(std_b.m, 1, j) : misval;
+        coeftab_line(name.name, &c, t->beta ? &beta : nullptr);
+        if (stopflag)
+            return stopflag;
+    }
+    if (t->plus)
+        coeftab_rule('+');
+    else
+        spout21("------------------------------------------------------------------------------\n");
+    return stopflag;
+}

@@ -1,0 +1,135 @@
+#include "stats/crossprod.h"
+#include "core/mem.h"
+#include "core/rc.h"
+#include "interp/messages.h"
+#include <cmath>
+#include <cstring>
+
+typedef double v4 __attribute__((vector_size(32), aligned(8)));
+
+crossprod::~crossprod() { safefree(s); }
+
+int32_t cp_open(crossprod *p, int32_t k, bool central)
+{
+    p->k = k;
+    p->ld = (k + 3) & ~3;
+    p->central = central;
+    size_t square = size_t(k) * size_t(p->ld), row = size_t(p->ld);
+    p->s = static_cast<double *>(safecalloc(sizeof(double) * (2 * square + 4 * row)));
+    if (!p->s)
+        return errout(RC_NOMEM, "op. sys. refuses to provide memory\n");
+    p->c = p->s + square;
+    p->shift = p->c + square;
+    p->mean = p->shift + row;
+    p->meanc = p->mean + row;
+    p->d = p->meanc + row;
+    return 0;
+}
+
+// Adds w d d' to the upper triangle, the errors of the additions to c.
+static void accumerr(crossprod *p, const double *d, double w)
+{
+    for (int32_t i = 0; i < p->k; i++) {
+        double wd = w * d[i];
+        if (wd == 0)
+            continue;
+        v4 f = {wd, wd, wd, wd};
+        double *s = p->s + int64_t(i) * p->ld, *c = p->c + int64_t(i) * p->ld;
+        for (int32_t j = i & ~3; j < p->ld; j += 4) {
+            v4 x, a, e;
+            memcpy(&x, d + j, sizeof x);
+            memcpy(&a, s + j, sizeof a);
+            memcpy(&e, c + j, sizeof e);
+            v4 add = f * x, t = a + add, b = t - a;
+            e += (a - (t - b)) + (add - b);  // exact (Knuth 1969, 4.2.2)
+            memcpy(s + j, &t, sizeof t);
+            memcpy(c + j, &e, sizeof e);
+        }
+    }
+}
+
+static void add_to(double *sum, double *carry, double x)
+{
+    double t = *sum + x, b = t - *sum;
+    *carry += (*sum - (t - b)) + (x - b);
+    *sum = t;
+}
+
+// Moves the running means towards those of a block (in p->d) of weight w, and returns what
+// the distance adds to the squares, through p->d.
+static void join(crossprod *p, double w)
+{
+    double before = p->sum_w, after = before + w;
+    for (int32_t j = 0; j < p->k; j++) {
+        double gap = p->d[j] - (p->mean[j] + p->meanc[j]);
+        add_to(&p->mean[j], &p->meanc[j], after != 0 ? gap * (w / after) : 0);
+        p->d[j] = gap;
+    }
+    if (before != 0 && after != 0)
+        accumerr(p, p->d, before * (w / after));
+    p->sum_w = after;
+}
+
+static void central_block(crossprod *p, const datarows *b)
+{
+    double w = 0, d[1024];
+    bool small = p->ld <= 1024;
+    double *dev = small ? d : p->d;
+    memset(p->d, 0, sizeof(double) * size_t(p->ld));
+    for (int32_t i = 0; i < b->n; i++)
+        w += b->w[i];
+    if (w == 0)
+        return;
+    // Very wide rows have no room for a second vector here: each is a block of its own then.
+    if (!small) {
+        for (int32_t i = 0; i < b->n; i++) {
+            for (int32_t j = 0; j < p->k; j++)
+                p->d[j] = b->x[int64_t(i) * b->ld + j] - p->shift[j];
+            join(p, b->w[i]);
+        }
+        return;
+    }
+    for (int32_t i = 0; i < b->n; i++) {
+        const double *x = b->x + int64_t(i) * b->ld;
+        double f = b->w[i] / w;
+        for (int32_t j = 0; j < p->k; j++)
+            p->d[j] += f * (x[j] - p->shift[j]);
+    }
+    for (int32_t j = p->k; j < p->ld; j++)
+        dev[j] = 0;
+    for (int32_t i = 0; i < b->n; i++) {
+        const double *x = b->x + int64_t(i) * b->ld;
+        for (int32_t j = 0; j < p->k; j++)
+            dev[j] = (x[j] - p->shift[j]) - p->d[j];
+        accumerr(p, dev, b->w[i]);
+    }
+    join(p, w);
+}
+
+void cp_block(crossprod *p, const datarows *b)
+{
+    if (!p->n && b->n && p->central)
+        memcpy(p->shift, b->x, sizeof(double) * size_t(p->k));
+    p->n += b->n;
+    if (p->central)
+        return central_block(p, b);
+    for (int32_t i = 0; i < b->n; i++) {
+        const double *x = b->x + int64_t(i) * b->ld;
+        memcpy(p->d, x, sizeof(double) * size_t(p->k));
+        accumerr(p, p->d, b->w[i]);
+        for (int32_t j = 0; j < p->k; j++)
+            add_to(&p->mean[j], &p->meanc[j], b->w[i] * x[j]);
+        p->sum_w += b->w[i];
+    }
+}
+
+void cp_close(crossprod *p)
+{
+    for (int64_t i = 0; i < int64_t(p->k) * p->ld; i++)
+        p->s[i] += p->c[i];
+    if (!p->central && p->sum_w != 0)
+        for (int32_t j = 0; j < p->k; j++) {
+            p->mean[j] = (p->mean[j] + p->meanc[j]) / p->sum_w;
+            p->meanc[j] = 0;
+        }
+}

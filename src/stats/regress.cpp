@@ -1,0 +1,384 @@
+// stats/regress.cpp - _regress: linear regression by least squares.
+//
+//   _regress depvar [varlist] [if] [in] [weight] [, options]
+//   _regress [, display options]          shows the stored results again
+#include "core/missing.h"
+#include "core/rc.h"
+#include "core/state.h"
+#include "core/text.h"
+#include "data/dsa.h"
+#include "data/variables.h"
+#include "expr/parse.h"
+#include "interp/interp.h"
+#include "interp/messages.h"
+#include "output/fmt.h"
+#include "output/print.h"
+#include "stats/coeftab.h"
+#include "stats/dist.h"
+#include "stats/esample.h"
+#include "stats/estpost.h"
+#include "stats/regress_int.h"
+#include "stats/results.h"
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+struct regcmd {
+    bool header, table;
+    coeftab tab;
+    char depname[33], clustvar[33], absvar[33];
+};
+
+// ---- options
+
+int32_t one_variable(const char *text, int32_t *var)
+{
+    int32_t list[2], n = 0;
+    int32_t rc = vlist_text(text, list, &n, 2);
+    if (rc)
+        return rc;
+    if (n != 1)
+        return error(RC_TOOMANYVARS);
+    *var = list[0];
+    return 0;
+}
+
+int32_t read_vce(regjob *r, char *text)
+{
+    char *state = nullptr;
+    const char *kind = strtok_r(text, " ", &state), *rest = strtok_r(nullptr, "", &state);
+    if (!kind)
+        return error(RC_SYNTAX);
+    if (cmdcmp(kind, "cluster", 2)) {
+        if (!rest)
+            return error(RC_REQUIRED);
+        r->vce = RV_CLUSTER;
+        return one_variable(rest, &r->cluster.var);
+    }
+    if (rest)
+        return errout(RC_SYNTAX, "vce() invalid\n");
+    if (cmdcmp(kind, "robust", 1))
+        r->vce = RV_ROBUST;
+    else if (!strcmp(kind, "hc2"))
+        r->vce = RV_HC2;
+    else if (!strcmp(kind, "hc3"))
+        r->vce = RV_HC3;
+    else if (strcmp(kind, "ols"))
+        return errout(RC_SYNTAX, "vcetype %s not allowed\n", kind);
+    return 0;
+}
+
+int32_t variance_options(regcmd *c, regjob *r)
+{
+    char text[500];
+    int32_t rc = 0, v = 0;
+    bool robust = ti_pi_findopt(tokinfo, parinfo, "robust", 1, 0) != 0;
+    bool hc2 = ti_pi_findopt(tokinfo, parinfo, "hc2", 3, 0) != 0;
+    bool hc3 = ti_pi_findopt(tokinfo, parinfo, "hc3", 3, 0) != 0;
+    bool clusters = ti_pi_findargn(tokinfo, parinfo, "cluster", 2, text, 499, 1) != 0;
+    if (clusters && (rc = one_variable(text, &v)))
+        return rc;
+    if (ti_pi_findargasis(tokinfo, parinfo, "vce", 3, text, 499) && (rc = read_vce(r, text)))
+        return rc;
+    if (hc2 || hc3)
+        r->vce = hc2 ? RV_HC2 : RV_HC3;
+    else if (robust && r->vce == RV_OLS)
+        r->vce = RV_ROBUST;
+    if (clusters) {
+        r->vce = RV_CLUSTER;
+        r->cluster.var = v;
+    }
+    bool pweights = parinfo->pi_hasexp && parinfo->pi_wtype == W_PW;
+    if (pweights && r->vce == RV_OLS)
+        r->vce = RV_ROBUST;
+    if (r->vce != RV_OLS && parinfo->pi_hasexp && parinfo->pi_wtype == W_IW)
+        return errout(RC_NOTALLOWED, "iweights not allowed with robust\n");
+    if (r->vce == RV_CLUSTER && c->tab.beta)
+        return errout(184, "options vce(cluster clustvar) and beta may not be combined\n");
+    return 0;
+}
+
+void display_options(regcmd *c)
+{
+    c->header = ti_pi_findopt(tokinfo, parinfo, "header", 4, 1) != 0;
+    c->table = ti_pi_findopt(tokinfo, parinfo, "table", 3, 1) != 0;
+    c->tab.beta = ti_pi_findopt(tokinfo, parinfo, "beta", 1, 0) != 0;
+    c->tab.plus = ti_pi_findopt(tokinfo, parinfo, "plus", 4, 0) != 0;
+    c->tab.omitted = ti_pi_findopt(tokinfo, parinfo, "omitted", 4, 1) != 0;
+    c->tab.level = ti_pi_findlevel(tokinfo, parinfo, 1);
+    if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, c->tab.eform, 12))
+        *c->tab.eform = 0;
+}
+
+int32_t model_options(regcmd *c, regjob *r)
+{
+    // Of the workings that nobody sees these change nothing here.
+    for (const char *word : {"format", "checkorder"})
+        (void)ti_pi_findopt(tokinfo, parinfo, word, 6, 1);
+    for (const char *word : {"optsweep", "AnovaExtras", "means", "rssmat", "bmat"})
+        (void)ti_pi_findopt(tokinfo, parinfo, word, 5, 0);
+    r->cons = ti_pi_findopt(tokinfo, parinfo, "constant", 1, 1) != 0;
+    r->hascons = ti_pi_findopt(tokinfo, parinfo, "hascons", 2, 0) != 0;
+    r->tsscons = ti_pi_findopt(tokinfo, parinfo, "tsscons", 2, 0) != 0;
+    r->mse1 = ti_pi_findopt(tokinfo, parinfo, "mse1", 4, 0) != 0;
+    if (r->hascons)
+        r->cons = false;
+    double dof[1];
+    if (ti_pi_findoptv(tokinfo, parinfo, "dof", 3, dof, 1, 0))
+        r->dof = dof[0];
+    (void)ti_pi_findargn(tokinfo, parinfo, "depname", 3, c->depname, 32, 1);
+    char text[500];
+    if (ti_pi_findargn(tokinfo, parinfo, "absorb", 6, text, 499, 1)) {
+        if (int32_t rc = one_variable(text, &r->absorb.var))
+            return rc;
+        strcut(c->absvar, sizeof c->absvar, _varlist[r->absorb.var - 1]);
+    }
+    return variance_options(c, r);
+}
+
+// ---- posting
+
+void post_scalars(const regjob *r)
+{
+    estval_set_gscalar(r->N, "N");
+    estval_set_gscalar(r->df_m, "df_m");
+    estval_set_gscalar(r->df_r, "df_r");
+    estval_set_gscalar(r->F, "F");
+    estval_set_gscalar(r->r2, "r2");
+    estval_set_gscalar(r->rmse, "rmse");
+    estval_set_gscalar(r->mss, "mss");
+    estval_set_gscalar(r->rss, "rss");
+    estval_set_gscalar(r->r2_a, "r2_a");
+    if (r->ll < misval)
+        estval_set_gscalar(r->ll, "ll");
+    if (r->ll_0 < misval)
+        estval_set_gscalar(r->ll_0, "ll_0");
+    estval_set_gscalar(r->rank + r->cons, "rank");
+    if (r->vce == RV_CLUSTER)
+        estval_save_N_clust(r->N_clust);
+    if (r->absorb.var) {
+        estval_set_gscalar(r->df_a, "df_a");
+        estval_set_gscalar(r->tss, "tss");
+    }
+}
+
+void post_macros(const regcmd *c, const regjob *r)
+{
+    static const char *const vces[] = {"ols", "robust", "hc2", "hc3", "cluster"};
+    static const char *const types[] = {"", "Robust", "Robust HC2", "Robust HC3", "Robust"};
+    estval_set_glocal("title", "Linear regression");
+    estval_set_glocal("depvar", *c->depname ? c->depname : _varlist[r->vars[0] - 1]);
+    estval_set_glocal("cmd", "regress");
+    estval_set_glocal("properties", "b V");
+    estval_set_glocal("predict", "regres_p");
+    estval_set_glocal("model", "ols");
+    estval_set_glocal("estat_cmd", "regress_estat");
+    estval_set_glocal("vce", vces[r->vce]);
+    estval_save_vcetype(types[r->vce]);
+    if (r->cluster.var)
+        estval_save_clustvar(_varlist[r->cluster.var - 1]);
+    estval_set_glocal("absvar", c->absvar);
+    if (parinfo->pi_hasexp) {
+        static const struct {
+            uint8_t bit;
+            const char *word;
+        } words[] = {{W_AW, "aweight"}, {W_FW, "fweight"}, {W_PW, "pweight"}, {W_IW, "iweight"}};
+        for (const auto &w : words)
+            if (w.bit == parinfo->pi_wtype)
+                estval_set_glocal("wtype", w.word);
+        std::string text(parinfo->wepgm->tokbeg, parinfo->wepgm->tokend);
+        while (!text.empty() && (text.back() == ' ' || text.back() == ']'))
+            text.pop_back();
+        estval_set_glocal("wexp", ("= " + text).c_str());
+    }
+}
+
+int32_t post(const regcmd *c, const regjob *r)
+{
+    std::vector<umatname> names(static_cast<size_t>(r->p));
+    for (size_t j = 0; j < names.size(); j++) {
+        strcpy(names[j].eq, "_");
+        strcpy(names[j].name, j < size_t(r->nx) ? _varlist[r->vars[j + 1] - 1] : "_cons");
+    }
+    estpost e = {r->b.data(), r->V.data(), &names};
+    int32_t rc = est_post(&e);
+    matref beta;
+    if (!rc && r->nx && !(rc = umat_new("beta", MK_E, 1, r->nx, &beta))) {
+        memcpy(beta.m->el, r->beta.data(), sizeof(double) * size_t(r->nx));
+        memcpy(beta.col, names.data(), sizeof(umatname) * size_t(r->nx));
+    }
+    if (rc)
+        return rc;
+    post_scalars(r);
+    post_macros(c, r);
+    return esample_set(r->used.data());
+}
+
+// ---- the header
+
+double e_scalar(const char *name) { return estval_get_double(name); }
+
+const char *num(char *buf, double z, const char *fmt)
+{
+    fmtnumtrim(buf, 64, z, fmt);
+    return buf;
+}
+
+void f_line(char *out, size_t n)
+{
+    char a[64], b[64], f[64], left[100];
+    snprintf(left, sizeof left, "F(%3.30s,%6.30s)", num(a, e_scalar("df_m"), "%9.0g"),
+             num(b, e_scalar("df_r"), "%9.0g"));
+    snprintf(out, n, "%-13s = %7s", left, num(f, e_scalar("F"), "%7.2f"));
+}
+
+void right_side(const char *label, const char *value, char *out, size_t n)
+{
+    snprintf(out, n, "%-13s = %7s", label, value);
+}
+
+std::string macro_of(const char *name)
+{
+    return gretval_find(RK_E, name) == 5179 ? retval_get_strptr() : "";
+}
+
+void anova_row(const char *name, double ss, double df, const char *right)
+{
+    char a[64], b[64], m[64];
+    spout21fat(1, "%12s |", name);
+    spout21fat(0, "%12s%6s%13s", num(a, ss, "%10.0g"), num(b, df, "%9.0g"),
+               num(m, df > 0 ? ss / df : misval, "%10.0g"));
+    spout21fat(1, "           %s\n", right);
+}
+
+double f_tail()
+{
+    double f = e_scalar("F"), m = e_scalar("df_m"), r = e_scalar("df_r");
+    return f < misval && r > 0 && r < misval ? ftail2(m, r, f) : misval;
+}
+
+void plain_header()
+{
+    char right[6][200], v[64];
+    double tss = e_scalar("mss") + e_scalar("rss"), df_m = e_scalar("df_m"),
+           df_r = e_scalar("df_r"), df_a = e_scalar("df_a");
+    double model = df_m + (df_a < misval ? df_a : 0);
+    right_side("Number of obs", fmt_comma(v, e_scalar("N")), right[0], 200);
+    f_line(right[1], 200);
+    right_side("Prob > F", num(v, f_tail(), "%6.4f"), right[2], 200);
+    right_side("R-squared", num(v, e_scalar("r2"), "%6.4f"), right[3], 200);
+    right_side("Adj R-squared", num(v, e_scalar("r2_a"), "%6.4f"), right[4], 200);
+    right_side("Root MSE", num(v, e_scalar("rmse"), "%7.0g"), right[5], 200);
+    spout21f("\n%-56s%s\n", "      Source |       SS       df       MS", right[0]);
+    spout21f("-------------+-------------------------------           %s\n", right[1]);
+    anova_row("Model", e_scalar("mss"), model, right[2]);
+    anova_row("Residual", e_scalar("rss"), df_r, right[3]);
+    spout21f("-------------+-------------------------------           %s\n", right[4]);
+    anova_row("Total", tss, model + df_r, right[5]);
+    newline();
+}
+
+void robust_header()
+{
+    char line[200], v[64];
+    static const int indent = 56;
+    right_side("Number of obs", fmt_comma(v, e_scalar("N")), line, 200);
+    spout21f("\n%-*s%s\n", indent, "Linear regression", line);
+    f_line(line, 200);
+    spout21f("%*s%s\n", indent, "", line);
+    right_side("Prob > F", num(v, f_tail(), "%6.4f"), line, 200);
+    spout21f("%*s%s\n", indent, "", line);
+    right_side("R-squared", num(v, e_scalar("r2"), "%6.4f"), line, 200);
+    spout21f("%*s%s\n", indent, "", line);
+    right_side("Root MSE", num(v, e_scalar("rmse"), "%7.0g"), line, 200);
+    spout21f("%*s%s\n\n", indent, "", line);
+}
+
+int32_t show(const regcmd *c)
+{
+    outlev_keep keep(1);
+    if (c->header) {
+        if (macro_of("vce") == "ols" || macro_of("vce").empty())
+            plain_header();
+        else
+            robust_header();
+    }
+    int32_t rc = c->table ? coeftab_show(&c->tab) : 0;
+    std::string absvar = macro_of("absvar");
+    double df_a = e_scalar("df_a");
+    if (!rc && c->table && !absvar.empty() && df_a < misval)
+        spout21f("%12s | absorbed, %.0f categories\n", absvar.c_str(), df_a + 1);
+    return rc ? rc : stopflag;
+}
+
+// ---- the command
+
+int32_t parse(regcmd *c, regjob *r)
+{
+    parinfo->pi_in = parinfo->pi_if = parinfo->pi_by = parinfo->pi_opts = PI_OK;
+    parinfo->pi_vlist = PI_OK;
+    parinfo->pi_blankall = 0;
+    parinfo->pi_wgt = PI_OK;
+    parinfo->pi_wgtmask = W_ALL4;
+    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    if (rc)
+        return rc;
+    if (parinfo->pi_hasexp)
+        pi_wgtdflt(parinfo, W_AW);
+    display_options(c);
+    if (parinfo->pi_nvar && (rc = model_options(c, r)))
+        return rc;
+    return ti_pi_chkopt(tokinfo, parinfo);
+}
+
+void tell(const regjob *r)
+{
+    const char *word = vernum < 1100 ? "dropped" : "omitted";
+    outlev_keep keep(1);
+    for (int32_t j = 0; j < r->nx; j++)
+        if (r->dropped[size_t(j)])
+            spout21f("note: %s %s because of collinearity\n", _varlist[r->vars[size_t(j) + 1] - 1],
+                     word);
+    if (parinfo->pi_hasexp && (parinfo->pi_wtype & (W_AW | W_PW))) {
+        char v[64];
+        spout21f("(sum of wgt is %s)\n", num(v, r->cp.sum_w, "%10.0g"));
+    }
+}
+
+int32_t estimate_model(regcmd *c, regjob *r)
+{
+    r->vars.assign(parinfo->vl_vr, parinfo->vl_vr + parinfo->pi_nvar);
+    r->nx = parinfo->pi_nvar - 1;
+    for (int32_t v : r->vars)
+        if (t_isstr(_typlist[v - 1]))
+            return errout(RC_NOOBS, "no observations\n");
+    int32_t rc = reg_build(r);
+    if (rc || (rc = reg_solve(r)))
+        return rc;
+    if (r->vce != RV_OLS && (rc = reg_robust(r)))
+        return rc;
+    tell(r);
+    return post(c, r);
+}
+
+}  // namespace
+
+int32_t regress(int32_t);
+int32_t regress(int32_t)
+{
+    regcmd c = {};
+    regjob r;
+    int32_t rc = parse(&c, &r);
+    if (rc)
+        return rc;
+    if (!parinfo->pi_nvar) {
+        if (macro_of("cmd") != "regress")
+            return regrnotfound();
+        return show(&c);
+    }
+    if ((rc = estimate_model(&c, &r)))
+        return rc;
+    return show(&c);
+}

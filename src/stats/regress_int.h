@@ -1,0 +1,38 @@
+// stats/regress_int.h - one linear regression under way: regfit computes, regress talks.
+#pragma once
+#include "stats/crossprod.h"
+#include "stats/groups.h"
+#include <vector>
+
+enum regvce : uint8_t { RV_OLS, RV_ROBUST, RV_HC2, RV_HC3, RV_CLUSTER };
+
+struct regjob {
+    // the model: vars[0] the dependent variable, then nx regressors
+    std::vector<int32_t> vars;
+    int32_t nx = 0;
+    bool cons = true, hascons = false, tsscons = false, mse1 = false;
+    regvce vce = RV_OLS;
+    groupids cluster, absorb;
+    double dof = 0;              // 0: as counted
+    // the data
+    datarows rows;
+    crossprod cp;
+    std::vector<uint8_t> used;   // by observation
+    std::vector<double> gmean;   // absorb: group by group the means of the columns
+    double between = 0;          // and the squares between them, of the dependent variable
+    std::vector<int32_t> blockgroup;
+    // results. b and V end with the constant when there is one
+    double N = 0, scale = 1;     // scale makes weights count as observations
+    int32_t rank = 0, p = 0;
+    double df_m = 0, df_r = 0, df_a = 0, tss = 0, rss = 0, mss = 0, F = 0, rmse = 0, r2 = 0,
+           r2_a = 0, ll = 0, ll_0 = 0, N_clust = 0;
+    std::vector<double> H;       // (X'X)^-1 about the means, nx by nx
+    std::vector<double> b, V, beta;
+    std::vector<uint8_t> dropped;  // by regressor
+};
+
+[[nodiscard]] int32_t reg_build(regjob *r);   // the cross products. 0, 2000 and so on
+[[nodiscard]] int32_t reg_solve(regjob *r);   // sweeps, coefficients, sums of squares, variance
+[[nodiscard]] int32_t reg_robust(regjob *r);  // replaces the variance
+// The Wald F of all slopes over df_m, or misval.
+double reg_wald(const regjob *r);
