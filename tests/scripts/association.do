@@ -16,14 +16,14 @@ correlate x y, covariance means
 correlate x y [fw=a+1]
 correlate
 capture noisily correlate s
-pwcorr x y z, obs sig
-pwcorr x y z, star(.05) bonferroni
+paircorr x y z, obs sig
+paircorr x y z, star(.05) bonferroni
 _pctile x, percentiles(10 25 50 90)
 return list
 _pctile x, nq(4) altdef
 return list
 capture noisily _pctile x, p(0 101)
-centile x y, centile(25 50 75)
+centiles x y, centile(25 50 75)
 tabulate a b, chi2 lrchi2 V gamma taub exact
 return list
 gen c = x > 0

@@ -1,5 +1,5 @@
 *! percentiles with confidence intervals
-program centile, rclass byable(recall)
+program centiles, rclass byable(recall)
 	version 12.1
 	syntax [varlist(numeric)] [if] [in] [, Centile(numlist >=0 <=100) Level(real `c(level)') Normal Meansd CCi]
 	if "`centile'" == "" {

@@ -1,5 +1,5 @@
 *! pairwise correlations, each over the observations that have both variables
-program pwcorr, rclass byable(recall)
+program paircorr, rclass byable(recall)
 	version 12.1
 	syntax [varlist(numeric)] [if] [in] [aw fw] [, Obs SIG Print(real 1) STar(real 0) Bonferroni SIDak LISTwise CASEwise]
 	marksample touse, novarlist
