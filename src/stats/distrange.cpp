@@ -34,9 +34,9 @@ static double over_range(double h, double k, double from, double to, double whol
     auto f = [=](double c) { return over_angle(h, k, c); };
     double mid = (from + to) / 2, left = dist_rule(f, from, mid), right = dist_rule(f, mid, to);
     double both = left + right;
-    if (depth >= 40 || (depth >= 2 && std::fabs(both - whole) <= std::fmax(least, 2e-16 * both)))
+    if (depth >= 40 || (depth >= 2 && std::fabs(both - whole) <= std::fmax(least, 1e-13 * both)))
         return both;
-    least = std::fmax(least, both * 1e-17);
+    least = std::fmax(least, both * 1e-16);
     return over_range(h, k, from, mid, left, least, depth + 1)
            + over_range(h, k, mid, to, right, least, depth + 1);
 }
