@@ -3,6 +3,8 @@
 //   char [define] owner[name] ["text"]      owner is _dta or a variable
 //   char list [owner[name] | owner[]]
 //   char rename owner newowner [, replace]
+//   char notes ...                          notescmd.cpp
+#include "commands/labelsub.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "core/text.h"
@@ -157,5 +159,7 @@ int32_t charcmd(int32_t)
         return list();
     if (cmdcmp(t, "rename", 3))
         return rename_owner();
+    if (cmdcmp(t, "notes", 4))
+        return char_notes();
     return error(RC_SYNTAX);
 }

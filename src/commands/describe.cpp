@@ -1,9 +1,18 @@
 // commands/describe.cpp - _describe: what the dataset holds, variable by variable.
+//
+//   _describe [varlist] [, short simple fullnames numbers]
+//   _describe [varlist] using FILE [, the same, or layout]
+//
+// Of a file only the header and the dictionary are read; layout lists its fields by offset.
+#include "commands/filevars.h"
+#include "commands/rawdata.h"
+#include "core/files.h"
 #include "core/missing.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
 #include "data/labels.h"
+#include "data/variables.h"
 #include "expr/parse.h"
 #include "expr/strfun.h"
 #include "interp/macros.h"
@@ -13,32 +22,108 @@
 #include "output/print.h"
 #include "stats/esample.h"
 #include "stats/results.h"
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
 
 struct descopts {
-    bool brief, simple, fullnames, numbers;
+    bool brief, simple, fullnames, numbers, layout;
 };
 
-int32_t parse(descopts *o)
+// What is described: the dataset in memory, or the dictionary of a file.
+struct descvar {
+    int32_t number;
+    const char *name, *fmt, *lbl;
+    uint8_t type;
+    char label[81];
+};
+struct described {
+    std::vector<descvar> vars;
+    std::vector<std::string> sortedby;
+    std::string file, stamp, label;
+    double N, K, width;
+    bool changed;
+};
+
+int32_t options(descopts *o)
+{
+    o->brief = ti_pi_findopt(tokinfo, parinfo, "short", 1, 0);
+    o->simple = ti_pi_findopt(tokinfo, parinfo, "simple", 2, 0);
+    o->fullnames = ti_pi_findopt(tokinfo, parinfo, "fullnames", 1, 0);
+    o->numbers = ti_pi_findopt(tokinfo, parinfo, "numbers", 1, 0);
+    o->layout = ti_pi_findopt(tokinfo, parinfo, "layout", 3, 0);
+    if (int32_t rc = ti_pi_chkopt(tokinfo, parinfo))
+        return rc;
+    if (o->fullnames && o->numbers)
+        return errout(RC_SYNTAX, "options fullnames and numbers may not be combined\n");
+    return 0;
+}
+
+int32_t of_memory(descopts *o, described *d)
 {
     parinfo->pi_vlist = PI_OK;
     parinfo->pi_opts = PI_OK;
     parinfo->pi_blankall = 1;
     int32_t rc = ti_pi_parse(tokinfo, parinfo);
-    if (rc)
+    if (rc || (rc = options(o)))
         return rc;
-    o->brief = ti_pi_findopt(tokinfo, parinfo, "short", 1, 0);
-    o->simple = ti_pi_findopt(tokinfo, parinfo, "simple", 2, 0);
-    o->fullnames = ti_pi_findopt(tokinfo, parinfo, "fullnames", 1, 0);
-    o->numbers = ti_pi_findopt(tokinfo, parinfo, "numbers", 1, 0);
-    if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
+    if (o->layout)
+        return errout(RC_SYNTAX, "option layout goes with using only\n");
+    char text[macrolen];
+    macuse("S_FN", text);
+    d->file = text;
+    macuse("S_FNDATE", text);
+    d->stamp = text;
+    d->label = datalbl;
+    d->N = _Nobs;
+    d->K = _Kvar - esample_count();
+    d->width = double(sysdsa->lrec);
+    d->changed = s_updata;
+    for (int32_t i = 0; i < parinfo->pi_nvar; i++) {
+        int32_t k = parinfo->vl_vr[i] - 1;
+        descvar v = {k + 1, _varlist[k], _fmtlist[k], _lbllist[k], _typlist[k], ""};
+        getvarlab(k + 1, v.label);
+        d->vars.push_back(v);
+    }
+    for (const int16_t *s = _srtlist; s && *s; s++)
+        d->sortedby.emplace_back(_varlist[*s - 1]);
+    return 0;
+}
+
+int32_t of_file(descopts *o, described *d, dtadict *f)
+{
+    rawline l;
+    int32_t rc = raw_split(&l);
+    if (rc || (rc = raw_options(&l)) || (rc = options(o)))
         return rc;
-    if (o->fullnames && o->numbers)
-        return errout(RC_SYNTAX, "options fullnames and numbers may not be combined\n");
+    if (l.quals.find_first_not_of(' ') != std::string::npos)
+        return error(RC_SYNTAX);
+    d->file = path_addext(l.file, ".dta");
+    if ((rc = dta_peek(d->file.c_str(), f)))
+        return rc;
+    bool all = l.before.find_first_not_of(' ') == std::string::npos;
+    std::vector<uint8_t> wanted;
+    if ((rc = filevars_pick(f, all ? "_all" : l.before, &wanted)) && f->K)
+        return rc;
+    d->stamp = f->h.stamp;
+    d->label = f->h.label;
+    d->N = f->N;
+    d->K = f->K;
+    d->width = double(f->width);
+    d->changed = false;
+    for (int32_t k = 0; k < f->K; k++)
+        if (wanted[size_t(k)]) {
+            descvar v = {k + 1,        f->names[k], f->fmts[k],
+                         f->lbls[k], dsa_modernvartype(f->types[k]), ""};
+            memcpy(v.label, f->varlabs[k], sizeof v.label);
+            d->vars.push_back(v);
+        }
+    for (int32_t i = 0; i < f->K && f->srt[i] > 0 && f->srt[i] <= f->K; i++)
+        d->sortedby.emplace_back(f->names[f->srt[i] - 1]);
     return 0;
 }
 
@@ -59,87 +144,78 @@ void fact(const char *word, double z, const char *right)
     newline();
 }
 
-void heading()
+void heading(const described *d)
 {
-    char file[macrolen], date[macrolen];
-    macuse("S_FN", file);
-    macuse("S_FNDATE", date);
     newline();
-    if (*file) {
+    if (!d->file.empty()) {
         spout21at(1, "Contains data from ");
-        spout21fat(0, "%s\n", file);
+        spout21fat(0, "%s\n", d->file.c_str());
     } else {
         spout21at(1, "Contains data\n");
     }
-    fact("obs", _Nobs, datalbl);
-    fact("vars", _Kvar - esample_count(), date);
-    fact("size", double(_Nobs) * double(sysdsa->lrec), "");
+    fact("obs", d->N, d->label.c_str());
+    fact("vars", d->K, d->stamp.c_str());
+    fact("size", d->N * d->width, "");
 }
 
-void row(const descopts *o, int32_t var)
+void row(const descopts *o, const descvar &v)
 {
-    char name[246], type[8], label[81], num[16] = "";
+    char name[246], type[8], num[16] = "";
     int32_t w = 15;
     if (o->fullnames)
-        snprintf(name, sizeof name, "%s", _varlist[var - 1]);
+        snprintf(name, sizeof name, "%s", v.name);
     else
-        str_abbrev(name, _varlist[var - 1], o->numbers ? 8 : w);
+        str_abbrev(name, v.name, o->numbers ? 8 : w);
     if (o->numbers)
-        snprintf(num, sizeof num, "%5d. ", var);
-    getvarlab(var, label);
+        snprintf(num, sizeof num, "%5d. ", v.number);
     spout21fat(0, "%s", num);
     spout21fat(0, "%-*s ", o->numbers ? 8 : w, name);
     if (o->fullnames && strlen(name) > size_t(w))
         spout21fat(1, "\n%*s ", w, "");
-    spout21fat(1, "%-7s %-10s ", type_word(_typlist[var - 1], type), _fmtlist[var - 1]);
-    if (*label) {
-        spout21fat(1, "%-10s ", _lbllist[var - 1]);
-        spout21fat(0, "%s\n", label);
+    spout21fat(1, "%-7s %-10s ", type_word(v.type, type), v.fmt);
+    if (*v.label) {
+        spout21fat(1, "%-10s ", v.lbl);
+        spout21fat(0, "%s\n", v.label);
     } else {
-        spout21fat(1, "%s\n", _lbllist[var - 1]);
+        spout21fat(1, "%s\n", v.lbl);
     }
 }
 
-void sorted_by()
+void sorted_by(const described *d)
 {
     spout21at(1, "Sorted by:");
-    for (const int16_t *s = _srtlist; s && *s; s++)
-        spout21fat(0, "  %s", _varlist[*s - 1]);
+    for (const std::string &s : d->sortedby)
+        spout21fat(0, "  %s", s.c_str());
     newline();
 }
 
 // Names alone, in columns down the screen.
-void simple_list()
+void simple_list(const described *d)
 {
-    int32_t n = parinfo->pi_nvar, widest = 0;
-    for (int32_t i = 0; i < n; i++) {
-        int32_t w = int32_t(strlen(_varlist[parinfo->vl_vr[i] - 1]));
-        widest = w > widest ? w : widest;
-    }
-    int32_t per = omlquery_maxwidth(oml_cur) / (widest + 2);
-    if (per < 1)
-        per = 1;
-    int32_t lines = (n + per - 1) / per;
-    for (int32_t r = 0; r < lines && !stopflag; r++) {
-        for (int32_t i = r; i < n; i += lines)
-            spout21fat(0, "%-*s", i + lines < n ? widest + 2 : 0,
-                       _varlist[parinfo->vl_vr[i] - 1]);
+    size_t n = d->vars.size(), widest = 0;
+    for (const descvar &v : d->vars)
+        widest = std::max(widest, strlen(v.name));
+    size_t per = std::max<size_t>(size_t(omlquery_maxwidth(oml_cur)) / (widest + 2), 1);
+    size_t lines = (n + per - 1) / per;
+    for (size_t r = 0; r < lines && !stopflag; r++) {
+        for (size_t i = r; i < n; i += lines)
+            spout21fat(0, "%-*s", i + lines < n ? int(widest) + 2 : 0, d->vars[i].name);
         newline();
     }
 }
 
-void post()
+void post(const described *d)
 {
     retval_clear();
-    retval_set_gscalar(_Nobs, "N");
-    retval_set_gscalar(_Kvar - esample_count(), "k");
-    retval_set_gscalar(double(sysdsa->lrec), "width");
+    retval_set_gscalar(d->N, "N");
+    retval_set_gscalar(d->K, "k");
+    retval_set_gscalar(d->width, "width");
     retval_set_gscalar(sysdsa->_N_max - 1, "N_max");
     retval_set_gscalar(maxmaxvar, "k_max");
-    retval_set_gscalar(s_updata, "changed");
+    retval_set_gscalar(d->changed, "changed");
     std::string by;
-    for (const int16_t *s = _srtlist; s && *s; s++)
-        by += (by.empty() ? "" : " ") + std::string(_varlist[*s - 1]);
+    for (const std::string &s : d->sortedby)
+        by += (by.empty() ? "" : " ") + s;
     retval_set_glocal("sortlist", by.c_str());
 }
 
@@ -149,16 +225,21 @@ int32_t describecmd(int32_t);
 int32_t describecmd(int32_t)
 {
     descopts o = {};
-    int32_t rc = parse(&o);
+    described d;
+    dtadict f;
+    bool file = raw_using();
+    int32_t rc = file ? of_file(&o, &d, &f) : of_memory(&o, &d);
     if (rc)
         return rc;
     outlev_keep keep(1);
+    if (o.layout)
+        return dta_dump(d.file.c_str());
     if (o.simple) {
-        simple_list();
-        post();
+        simple_list(&d);
+        post(&d);
         return stopflag;
     }
-    heading();
+    heading(&d);
     if (!o.brief) {
         rule();
         const char *pad = o.numbers ? "" : "              ";
@@ -166,13 +247,13 @@ int32_t describecmd(int32_t)
         spout21fat(1, "%s   type    format     label      variable label\n",
                    o.numbers ? " variable name" : "variable name");
         rule();
-        for (int32_t i = 0; i < parinfo->pi_nvar && !stopflag; i++)
-            row(&o, parinfo->vl_vr[i]);
+        for (size_t i = 0; i < d.vars.size() && !stopflag; i++)
+            row(&o, d.vars[i]);
         rule();
     }
-    sorted_by();
-    if (s_updata)
+    sorted_by(&d);
+    if (d.changed)
         spout21at(1, "     Note:  dataset has changed since last saved\n");
-    post();
+    post(&d);
     return stopflag;
 }

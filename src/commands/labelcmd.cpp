@@ -5,6 +5,8 @@
 //   label values varlist [name | .]          label drop names | _all
 //   label define name # "text" ... [, add modify replace nofix]
 //   label save [names] using file [, replace]
+//   label language, label check        labellang.cpp, labelcheck.cpp
+#include "commands/labelsub.h"
 #include "core/files.h"
 #include "core/limits.h"
 #include "core/numtext.h"
@@ -465,9 +467,18 @@ const subcommand subcommands[] = {
     {"data", 2, label_data},   {"variable", 3, label_variable}, {"define", 3, label_define},
     {"values", 3, label_values}, {"dir", 3, label_dir},         {"list", 1, label_list},
     {"drop", 4, label_drop},   {"save", 4, label_save},
+    {"language", 3, label_language}, {"check", 5, label_check},
 };
 
 }  // namespace
+
+int32_t label_named(std::vector<std::string> *names)
+{
+    int32_t rc = named(names, true);
+    if (!rc && names->empty())
+        *names = tables();
+    return rc;
+}
 
 int32_t labelcmd(int32_t)
 {

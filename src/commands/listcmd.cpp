@@ -19,6 +19,7 @@
 #include "output/print.h"
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 namespace {
@@ -42,12 +43,32 @@ struct listing {
     listopts o;
     std::vector<lcol> col;
     int32_t obswidth;  // digits of the largest observation number
-    std::vector<bool> chosen;  // by the condition, asked once for each observation; empty: all
+    // A bit for each observation of the range: what the condition, asked once, said. Null: all.
+    std::unique_ptr<uint8_t, void (*)(void *)> chosen{nullptr, [](void *p) { safefree(p); }};
     bool has(int32_t obs) const
     {
-        return chosen.empty() || chosen[size_t(obs - parinfo->pi_obs1)];
+        uint32_t i = uint32_t(obs - parinfo->pi_obs1);
+        return !chosen || (chosen.get()[i >> 3] >> (i & 7) & 1);
     }
 };
+
+// Asks the condition of every observation. 0, 909 or the code of a break.
+int32_t choose(listing *l)
+{
+    if (!parinfo->pi_hasif || parinfo->pi_obs2 < parinfo->pi_obs1)
+        return 0;
+    uint32_t n = uint32_t(parinfo->pi_obs2 - parinfo->pi_obs1) + 1;
+    l->chosen.reset(static_cast<uint8_t *>(safecalloc(n / 8 + 1)));
+    if (!l->chosen)
+        return error(RC_NOMEM);
+    for (uint32_t i = 0; i < n; i++) {
+        if ((i & 0xff) == 0 && fault_poll())
+            return stopflag;
+        if (selobs(parinfo->pi_obs1 + int32_t(i)))
+            l->chosen.get()[i >> 3] |= uint8_t(1 << (i & 7));
+    }
+    return 0;
+}
 
 // A value as its column shows it, without padding.
 int32_t show(const lcol &c, int32_t obs, char *out)
@@ -102,12 +123,10 @@ int32_t fit(listing *l)
 {
     char buf[cellmax];
     int32_t n = 0, last = 0;
-    if (parinfo->pi_hasif && parinfo->pi_obs2 >= parinfo->pi_obs1)
-        l->chosen.resize(size_t(parinfo->pi_obs2 - parinfo->pi_obs1) + 1);
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
         if ((obs & 0xff) == 0 && fault_poll())
             return -1;
-        if (parinfo->pi_hasif && !(l->chosen[size_t(obs - parinfo->pi_obs1)] = selobs(obs)))
+        if (!l->has(obs))
             continue;
         n++;
         last = obs;
@@ -269,6 +288,8 @@ int32_t listcmd(int32_t kind)
     outlev_keep keep(1);
     int32_t rc = parse(&l, kind);
     if (rc)
+        return rc;
+    if ((rc = choose(&l)))
         return rc;
     int32_t n = fit(&l);
     if (n < 0)

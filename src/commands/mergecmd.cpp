@@ -4,9 +4,9 @@
 //   keepusing(varlist) generate(name) nogenerate nolabel nonotes force noreport
 //   update replace assert(results) keep(results)
 //
-// Both sides are put in the order of the keys (memory's rows by moving them, the file's by an
-// index) and walked together, a group of equal keys at a time. Rows the file alone has, and
-// rows of memory that match several, are added behind; the result is then sorted on the keys.
+// Both sides are walked together in the order of the keys, through an index each, a group of
+// equal keys at a time. Rows the file alone has, and rows of memory that match several, are
+// added behind; the walk tells where each row belongs, and at the end they go there at once.
 //
 // Where a row comes from stands in a byte variable: 1 memory, 2 the file, 3 both, and with
 // update 4 a missing value was filled, 5 the two sides differ.
@@ -48,6 +48,8 @@ struct mergecmd_t {
     std::vector<sortkey> mkey;
     std::vector<joinvar> list;   // without the keys
     std::vector<int32_t> order;  // the file's rows in the order of the keys
+    std::vector<int32_t> master; // memory's
+    std::vector<int32_t> places; // the row that stands at each place of the result, from 1
     std::vector<uint8_t> result; // of each row in memory, from 0
     int32_t N0;                  // rows memory had
     int32_t count[6];
@@ -216,27 +218,61 @@ int32_t master_cmp(const mergecmd_t *m, int32_t a, int32_t b)
                      dsa_obsptr(sysdsa, uint32_t(b)));
 }
 
-int32_t put_in_order(mergecmd_t *m)
+// The first key decides most comparisons, so it stands beside the row's number.
+struct siderow {
+    int64_t key;
+    int32_t row;
+};
+
+int64_t first_key(const mergecmd_t *m, int32_t row)
 {
-    m->order.resize(size_t(m->u.d.N));
+    const mergekey &k = m->key[0];
+    uint8_t t = m->u.d.types[k.side];
+    if (t_isstr(t) || t >= T_BYTE)
+        return sort_ordinal({t, 0}, side_cell(&m->u, k.side, row));
+    return sort_ofdouble(side_num(&m->u, k.side, row));
+}
+
+int32_t order_file(mergecmd_t *m)
+{
+    auto n = size_t(m->u.d.N);
+    m->order.resize(n);
     bool up = true;
-    for (int32_t i = 0; i < m->u.d.N; i++) {
-        m->order[size_t(i)] = i;
-        up = up && (i == 0 || side_cmp(m, i - 1, i) <= 0);
+    for (size_t i = 0; i < n; i++) {
+        m->order[i] = int32_t(i);
+        up = up && (i == 0 || side_cmp(m, int32_t(i) - 1, int32_t(i)) <= 0);
     }
-    if (m->bynumber)
+    if (up || m->bynumber)
         return 0;
-    if (!up)
-        std::sort(m->order.begin(), m->order.end(), [&](int32_t a, int32_t b) {
-            int c = side_cmp(m, a, b);
-            return c ? c < 0 : a < b;
-        });
-    if (fault_poll())
-        return RC_BREAK;
+    std::vector<siderow> rows(n);
+    for (size_t i = 0; i < n; i++)
+        rows[i] = {first_key(m, int32_t(i)), int32_t(i)};
+    bool one = m->key.size() == 1 && !t_isstr(m->u.d.types[m->key[0].side]);
+    std::sort(rows.begin(), rows.end(), [&](const siderow &a, const siderow &b) {
+        if (a.key != b.key)
+            return a.key < b.key;
+        int c = one ? 0 : side_cmp(m, a.row, b.row);
+        return c ? c < 0 : a.row < b.row;
+    });
+    for (size_t i = 0; i < n; i++)
+        m->order[i] = rows[i].row;
+    return fault_poll() ? RC_BREAK : 0;
+}
+
+std::vector<int32_t> key_vars(const mergecmd_t *m)
+{
     std::vector<int32_t> keys;
     for (const mergekey &k : m->key)
         keys.push_back(k.var);
-    return sort_obs(keys.data(), int32_t(keys.size()), 1, _Nobs, true, SORT_AUTO);
+    return keys;
+}
+
+int32_t put_in_order(mergecmd_t *m)
+{
+    std::vector<int32_t> keys = key_vars(m);
+    m->master.resize(size_t(_Nobs) + 1);
+    int32_t n = sort_index(keys.data(), int32_t(keys.size()), nullptr, m->master.data());
+    return n < 0 ? -n : order_file(m);
 }
 
 int32_t not_unique(const mergecmd_t *m, const char *where)
@@ -253,7 +289,7 @@ int32_t check_unique(const mergecmd_t *m)
     if (m->bynumber)
         return 0;
     for (int32_t i = 2; !m->manymaster && i <= _Nobs; i++)
-        if (!master_cmp(m, i - 1, i))
+        if (!master_cmp(m, m->master[size_t(i) - 2], m->master[size_t(i) - 1]))
             return not_unique(m, "data in memory");
     for (size_t i = 1; !m->manyusing && i < m->order.size(); i++)
         if (!side_cmp(m, m->order[i - 1], m->order[i]))
@@ -315,37 +351,59 @@ struct plan {
 
 int32_t walk(mergecmd_t *m, std::vector<plan> *add, std::vector<int32_t> *partner)
 {
-    partner->assign(size_t(_Nobs) + 1, -1);
-    int32_t o = 1, N = _Nobs;
-    size_t u = 0, nu = m->order.size();
-    while (o <= N || u < nu) {
-        if ((o & 0xfff) == 0 && fault_poll())
+    int32_t N = _Nobs;
+    size_t o = 0, u = 0, no = size_t(N), nu = m->order.size();
+    partner->assign(no + 1, -1);
+    m->places.assign(1, 0);
+    m->places.reserve(no + nu + 1);
+    auto append = [&](int32_t obs, int32_t row) {
+        add->push_back({obs, row});
+        m->places.push_back(N + int32_t(add->size()));
+    };
+    while (o < no || u < nu) {
+        if (((o + u) & 0xfff) == 0 && fault_poll())
             return RC_BREAK;
-        int c = o > N ? 1 : u >= nu ? -1 : m->bynumber ? 0 : across(m, o, m->order[u]);
+        int32_t obs = o < no ? m->master[o] : 0;
+        int c = o >= no ? 1 : u >= nu ? -1 : m->bynumber ? 0 : across(m, obs, m->order[u]);
         if (c < 0) {
+            m->places.push_back(obs);
             o++;
             continue;
         }
         if (c > 0) {
-            add->push_back({0, m->order[u++]});
+            append(0, m->order[u++]);
             continue;
         }
-        int32_t o2 = o + 1;
-        size_t u2 = u + 1;
-        while (m->manymaster && o2 <= N && !master_cmp(m, o, o2))
+        size_t o2 = o + 1, u2 = u + 1;
+        while (m->manymaster && o2 < no && !master_cmp(m, obs, m->master[o2]))
             o2++;
         while (m->manyusing && u2 < nu && !side_cmp(m, m->order[u], m->order[u2]))
             u2++;
-        for (int32_t i = o; i < o2; i++)
-            (*partner)[size_t(i)] = m->order[std::min(u + size_t(i - o), u2 - 1)];
+        for (size_t i = o; i < o2; i++) {
+            (*partner)[size_t(m->master[i])] = m->order[std::min(u + (i - o), u2 - 1)];
+            m->places.push_back(m->master[i]);
+        }
         // The file's rows left over go with copies of the last row of memory, made before it
         // is filled, so that each sees memory's own values.
-        for (size_t i = u + size_t(o2 - o); i < u2; i++)
-            add->push_back({o2 - 1, m->order[i]});
+        for (size_t i = u + (o2 - o); i < u2; i++)
+            append(m->master[o2 - 1], m->order[i]);
         o = o2;
         u = u2;
     }
     return 0;
+}
+
+// Rows, and what is known of them, to their places.
+void settle(mergecmd_t *m)
+{
+    std::vector<uint8_t> was = m->result;
+    bool stands = true;
+    for (size_t i = 1; i < m->places.size(); i++) {
+        m->result[i] = was[size_t(m->places[i])];
+        stands = stands && m->places[i] == int32_t(i);
+    }
+    if (!stands)
+        sort_apply(m->places.data());
 }
 
 int32_t add_rows(mergecmd_t *m, const std::vector<plan> &add)
@@ -401,11 +459,12 @@ const char *const result_words[] = {"", "master only (1)", "using only (2)", "ma
 
 int32_t make_flag(mergecmd_t *m)
 {
-    int32_t var = m->gen ? addvar(T_BYTE, m->flag) : addwrkvar(T_BYTE, 0);
+    if (!m->gen)
+        return 0;
+    int32_t var = addvar(T_BYTE, m->flag);
     if (var < 0)
         return -var;
-    if (m->gen)
-        _i_Kvar = _Kvar;
+    _i_Kvar = _Kvar;
     for (int32_t i = 1; i <= _Nobs; i++)
         dsa_bstore(m->result[size_t(i)], sysdsa, uint32_t(var), uint32_t(i));
     return 0;
@@ -504,11 +563,10 @@ int32_t finish(mergecmd_t *m)
         other |= m->count[r] && m->asserted && !(m->asserted >> r & 1);
     if (!rc)
         rc = keep_results(m);
-    std::vector<int32_t> keys;
-    for (const mergekey &k : m->key)
-        keys.push_back(k.var);
+    // The rows stand in order: this finds it so and notes it.
+    std::vector<int32_t> keys = key_vars(m);
     if (!rc && !keys.empty())
-        rc = sort_obs(keys.data(), int32_t(keys.size()), 1, _Nobs, true, SORT_AUTO);
+        rc = sort_obs(keys.data(), int32_t(keys.size()), 1, _Nobs, false, SORT_AUTO);
     upSort = true;
     if (rc)
         return rc;
@@ -542,7 +600,7 @@ int32_t merge(mergecmd_t *m)
     if (!(rc = join_ready(&m->u, &keys)) && !(rc = join_ready(&m->u, &m->list)))
         fill_master_keys(m);
     if (!rc && !(rc = walk(m, &add, &partner)) && !(rc = add_rows(m, add)) &&
-        !(rc = fill(m, add, partner)) && m->gen)
+        !(rc = fill(m, add, partner)))
         rc = make_flag(m);
     if (rc) {
         dsa_truncate_obs(sysdsa, uint32_t(m->N0));
@@ -551,6 +609,7 @@ int32_t merge(mergecmd_t *m)
         return rc;
     }
     s_updata = newdata = true;
+    settle(m);
     return finish(m);
 }
 

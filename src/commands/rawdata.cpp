@@ -53,6 +53,14 @@ static const char *clause(const char *p, const char *const *words, size_t *len)
     return p + strlen(p);
 }
 
+bool raw_using()
+{
+    static const char *const words[] = {"using", nullptr};
+    size_t n;
+    clause(ti_wheretok(tokinfo), words, &n);
+    return n == 5;
+}
+
 int32_t raw_split(rawline *l)
 {
     static const char *const words[] = {"using", nullptr}, *const none[] = {nullptr};

@@ -31,6 +31,7 @@ struct rawdata {
 struct rawline {
     std::string before, file, quals, opts;
 };
+bool raw_using();  // the line has a using
 [[nodiscard]] int32_t raw_split(rawline *l);
 [[nodiscard]] int32_t raw_options(rawline *l);  // parses opts into parinfo
 // Checks the names and types of the list; 100, 103 or 198 with words.

@@ -23,6 +23,8 @@ int32_t renvar(int32_t)
         return error(RC_SYNTAX);
     if (!sysflag && ((rc = chkreskeywrds(to))))
         return rc;
+    if (!strcmp(to, "_all"))  // in a list it means all of them
+        return error2(1, to);
     strcpy(from, _varlist[var - 1]);
     if (!strcmp(from, to))
         return 0;

@@ -113,10 +113,7 @@ void join_put(const dtaside *s, const joinvar *v, int32_t row, int32_t obs)
 
 static bool wanted_here(const char *name)
 {
-    for (int32_t k = 0; k < _Kvar; k++)
-        if (!strcmp(_lbllist[k], name))
-            return true;
-    return false;
+    return vl_inuse(name, _Kvar);
 }
 
 int32_t join_labels(dtaside *s)

@@ -8,15 +8,16 @@
 #include "data/variables.h"
 #include "interp/messages.h"
 #include "output/print.h"
-#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 using bytes = std::unique_ptr<uint8_t[], freer>;
 static bytes getbytes(uint64_t n) { return bytes(static_cast<uint8_t *>(safemalloc(n))); }
 
@@ -201,43 +202,4 @@ int32_t dta_peek(const char *name, dtadict *d)
     rc = dta_readdict(fd, d, name);
     ov_close(fd);
     return rc;
-}
-
-// ---- dump
-
-static void dump_field(const dtahdr *h, const dtafld *f)
-{
-    const char *p = reinterpret_cast<const char *>(h) + f->to;
-    spout21f("%8d %6d  %-16s ", f->at, f->width, f->name);
-    if (f->kind == 't')
-        spout21f("%s\n", p);
-    else
-        spout21f("%d\n", f->kind == 'u'                    ? int(uint8_t(*p))
-                         : f->to == offsetof(dtahdr, K) ? int(h->K)
-                                                           : h->N);
-}
-
-int32_t dta_dump(const char *name)
-{
-    dtadict d;
-    int32_t rc = dta_peek(name, &d);
-    if (rc)
-        return rc;
-    spout21("  offset  bytes  field\n");
-    for (const dtafld *f = d.lay->hdr; f->name; f++)
-        dump_field(&d.h, f);
-    uint64_t at = d.lay->hdrlen;
-    for (const dtasection *s = dtasections; s->name; s++) {
-        uint64_t n = uint64_t(d.K) * d.lay->width[s->which] + (s->which == DS_SORT ? 2 : 0);
-        spout21f("%8" PRIu64 " %6" PRIu64 "  %s\n", at, n, s->name);
-        at += n;
-    }
-    uint64_t row = 0;
-    for (int32_t k = 0; k < d.K; k++) {
-        int32_t w = dsa_bytlenc(d.types[k]);
-        spout21f("%8" PRIu64 " %6d  row: %-16s type %d format %s\n", row, w, d.names[k],
-                 d.types[k], d.fmts[k]);
-        row += uint64_t(w);
-    }
-    return 0;
 }

@@ -23,9 +23,11 @@
 #include <cstring>
 #include <memory>
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 using block = std::unique_ptr<uint8_t[], freer>;
 
 struct usejob {
@@ -45,12 +47,10 @@ static int32_t shortread(const usejob *j) { return fierr(RC_IOREAD, j->name); }
 
 // ---- variables
 
-// What memory takes as a name; false when the file's had to be changed.
-static bool good_name(const usejob *j, int32_t k, char *name)
+// What memory takes as a name.
+static void good_name(const usejob *j, int32_t k, char *name)
 {
-    char old[33];
-    memcpy(old, j->d.names[k], 33);
-    memcpy(name, old, 33);
+    memcpy(name, j->d.names[k], 33);
     for (char *p = name; *p; p++)
         if (!isalnum(uint8_t(*p)) && *p != '_' && !(*p & 0x80))
             *p = '_';
@@ -64,7 +64,6 @@ static bool good_name(const usejob *j, int32_t k, char *name)
     snprintf(stem, sizeof stem, "%.26s", name);
     for (int32_t n = 1; again || sysfindvar(name); n++, again = false)
         strcut(name, 33, (stem + std::to_string(n)).c_str());
-    return !strcmp(name, old);
 }
 
 // A format that suits the type; old files may hold anything.
@@ -88,10 +87,7 @@ static int32_t add_vars(usejob *j)
         if (!wants(j, k))
             continue;
         char name[33], fmt[49];
-        if (!good_name(j, k, name)) {
-            outlev_keep keep(1);
-            spout21f("Warning:  renamed %s to %s\n", j->d.names[k], name);
-        }
+        good_name(j, k, name);
         good_format(j, k, j->d.types[k], fmt);
         int32_t rc = dsa_add_var(sysdsa, j->d.types[k], name, fmt);
         if (rc)
@@ -257,8 +253,19 @@ static void fix_107(uint32_t var)
         pi_chksort(int32_t(var));
 }
 
+static void tell_renamed(const usejob *j)
+{
+    outlev_keep keep(1);
+    for (int32_t k = 0; k < j->d.K; k++) {
+        int32_t var = j->vars[size_t(k)];
+        if (var && strcmp(j->d.names[k], _varlist[var - 1]))
+            spout21f("Warning:  renamed %s to %s\n", j->d.names[k], _varlist[var - 1]);
+    }
+}
+
 static int32_t fix_old(const usejob *j)
 {
+    tell_renamed(j);
     if (j->d.h.release < 108)
         for (int32_t k = 1; k <= _Kvar; k++)
             if (_typlist[k - 1] == T_DOUBLE110)
@@ -271,10 +278,7 @@ static int32_t fix_old(const usejob *j)
 static const usejob *labjob;
 static bool label_used(const char *name)
 {
-    for (int32_t k = 0; k < _Kvar; k++)
-        if (!strcmp(_lbllist[k], name))
-            return true;
-    return labjob->whole;
+    return labjob->whole || vl_inuse(name, _Kvar);
 }
 
 static int32_t fill_memory(usejob *j)

@@ -19,9 +19,11 @@
 #include <memory>
 #include <unistd.h>
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 template <class T> using block = std::unique_ptr<T[], freer>;
 template <class T> static block<T> getblock(uint64_t n)
 {
@@ -229,12 +231,8 @@ static int32_t wr_labels(const savejob *j)
     if (!refs)
         return RC_NOMEM;
     n = 0;
-    for (void *p = nullptr; (p = dmnext(p, refs[n].name, DM_VALLABEL, nullptr));) {
-        bool used = j->o->orphans;
-        for (int32_t k = 0; k < j->K && !used; k++)
-            used = !strcmp(_lbllist[k], refs[n].name);
-        n += used;
-    }
+    for (void *p = nullptr; (p = dmnext(p, refs[n].name, DM_VALLABEL, nullptr));)
+        n += j->o->orphans || vl_inuse(refs[n].name, j->K);
     std::sort(refs.get(), refs.get() + n,
               [](const tabref &a, const tabref &b) { return strcmp(a.name, b.name) < 0; });
     for (uint64_t i = 0; i < n; i++)

@@ -218,6 +218,19 @@ int32_t vldrop(const char *name)
 
 // The layout is that of adding the pairs one by one: texts in the order of the last pair of
 // each value, values ascending.
+bool vl_inuse(const char *name, int32_t nvars)
+{
+    for (int32_t k = 0; k < nvars; k++)
+        if (!strcmp(_lbllist[k], name))
+            return true;
+    char owner[33], what[33];
+    const char *text;
+    for (const void *p = nullptr; (p = charnext(p, owner, what, &text));)
+        if (!strncmp(what, vl_waiting, sizeof vl_waiting - 1) && !strcmp(text, name))
+            return true;
+    return false;
+}
+
 vltable *vlbuild(const char *name, const vlpair *pairs, int32_t n)
 {
     auto order = static_cast<int32_t *>(safemalloc(size_t(n) * 4 + 4));

@@ -20,6 +20,9 @@ void vlgetofi(const vltable *table, int32_t i, const char **text, int32_t *value
 int32_t vlgetcount(const vltable *table);
 int32_t vlmaxlen(const vltable *table);      // longest text
 [[nodiscard]] int32_t vlwhy();               // code of the last failure; words of 134
+// A variable carries this label, or will once another label language is shown.
+bool vl_inuse(const char *name, int32_t nvars);
+inline constexpr char vl_waiting[] = "_vallab_";  // its characteristic begins so
 [[nodiscard]] int32_t vldrop(const char *name);
 // A table built at once from pairs in any order. Later pairs of a value replace earlier ones.
 struct vlpair {

@@ -17,9 +17,11 @@
 static constexpr int32_t maxvrl = 121, swap_lrec = 160;
 int32_t sort_lastmode;
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 template <class T> using block = std::unique_ptr<T[], freer>;
 template <class T> static block<T> getblock(uint64_t n)
 {
@@ -245,6 +247,16 @@ template <class A> static void apply(A a, const sortjob *j)
         dsa_cp_obs(d, uint32_t(to), 0);
         a.set(to, to);
     }
+}
+
+void sort_apply(int32_t *rows)
+{
+    sortjob j;
+    j.first = 1;
+    j.last = _Nobs;
+    _srtlist[0] = 0;
+    apply(by_vector{rows}, &j);
+    upSort = true;
 }
 
 // ---- an index in memory, with each row's first key beside its number

@@ -10,6 +10,9 @@ enum sort_mode : int32_t { SORT_AUTO = 0, SORT_IVEC = 1, SORT_IVAR = 2, SORT_SWA
 extern int32_t sort_lastmode;  // how the last sort moved rows; 0 when none moved
 // Rows to the places that a variable names (1 to N, each once); 459 when it does not.
 [[nodiscard]] int32_t sysidxsort(const char *name, bool breakable);
+// Rows to the places an array tells: rows[i] is the row that is to stand at place i (from 1; all
+// of them, each once). The array is used up and the sort list emptied. No break stops it.
+void sort_apply(int32_t *rows);
 bool sort_known(const int32_t *keys, int32_t nkeys);  // the sort list begins with the keys
 int32_t sort_compare(uint32_t a, uint32_t b, const int32_t *keys, int32_t nkeys);
 void sortnints(int32_t *values, int32_t n);

@@ -82,7 +82,7 @@ static bool pointed_name(span s, const char *name)
         }
     }
     const char *point = strrchr(name, '.');
-    if (point == name || !isnamechar(point[1]) || !isnamechar(name[0]))
+    if (point == name || !isnamechar(point[1]) || !isnamechar(name[0]) || strpbrk(name, ",\"'"))
         return false;
     comp_fail(errout(RC_NOTALLOWED, "time-series operators and factor variables not allowed\n"));
 }

@@ -234,7 +234,7 @@ static int32_t putnew(uint8_t type, const char *word)
 {
     if (pi_nnew >= maxnewvar)
         return error(RC_TOOMANYVARS);
-    if (strlen(word) > namelen || strpbrk(word, "*?~."))
+    if (strlen(word) > namelen || strpbrk(word, "*?~.") || !strcmp(word, "_all"))
         return errout(RC_SYNTAX, "%s invalid name\n", word);
     newvar *v = &pi_new[pi_nnew++];
     v->type = type;

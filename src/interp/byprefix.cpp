@@ -158,7 +158,7 @@ int32_t show_header(const bylist &by, int32_t obs)
 bool has_header(const cmdrow *row)
 {
     static const char *const silent[] = {"generate", "replace", "assert", "expand", "predict"};
-    if (*row->word == '_')
+    if (*row->word == '_' && strcmp(row->word, "_regress"))
         return false;
     for (const char *word : silent)
         if (!strcmp(word, row->word))

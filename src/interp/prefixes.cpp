@@ -96,13 +96,13 @@ int32_t abbrevprefix(int32_t on)
 static int32_t version_of(const char *text)
 {
     int32_t major = 0, minor = 0, n = 0;
-    for (; isdigit(uint8_t(*text)); text++, n++)
+    for (; isdigit(uint8_t(*text)) && n < 3; text++, n++)
         major = major * 10 + (*text - '0');
     if (n < 1 || n > 2)
         return 0;
     if (*text == '.') {
         text++;
-        for (n = 0; isdigit(uint8_t(*text)); text++, n++)
+        for (n = 0; isdigit(uint8_t(*text)) && n < 3; text++, n++)
             minor = minor * 10 + (*text - '0');
         if (n < 1 || n > 2)
             return 0;

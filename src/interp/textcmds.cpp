@@ -400,7 +400,7 @@ int32_t confirm_newvars()
     while (*ti_gettok(tokinfo, prsestd) && strcmp(tokinfo->token, ",")) {
         const char *tok = tok_text(tokinfo->token);
         int32_t rc = chksinglename(tok, false);
-        if (rc)
+        if (rc || (rc = chkreskeywrds(tok)))
             return rc;
         if (sysfindvar(tok))
             return error2(3, tok);

@@ -110,6 +110,8 @@ static int32_t group_means(regjob *r)
     for (size_t g = 0; g < weight.size(); g++)
         for (size_t j = 0; j < k; j++)
             sum[g * k + j] /= weight[g] != 0 ? weight[g] : 1;
+    for (size_t g = 1; g < weight.size(); g++)
+        r->between += weight[g] * (sum[g * k] - sum[0]) * (sum[g * k] - sum[0]);
     r->gmean = std::move(sum);
     r->df_a = r->absorb.n > 0 ? r->absorb.n - 1 : 0;
     dr_rewind(&r->rows);
@@ -151,6 +153,8 @@ static void sums_of_squares(regjob *r, double syy)
     if (!r->cons)
         centred = syy - mean * mean * r->N;
     r->tss = r->cons || r->tsscons || r->hascons ? centred : syy;
+    double within = r->tss;  // with groups absorbed, what the slopes have to explain
+    r->tss += r->between * r->scale;
     r->mss = r->tss - r->rss;
     bool constant = r->cons || r->hascons;
     r->df_m = r->rank - (r->hascons ? 1 : 0);
@@ -162,7 +166,7 @@ static void sums_of_squares(regjob *r, double syy)
     r->r2 = r->tss > 0 ? 1 - r->rss / r->tss : 1;
     double df_t = r->N - constant;
     r->r2_a = r->df_r > 0 ? 1 - df_t * (1 - r->r2) / r->df_r : misval;
-    double explained = (constant ? r->tss : syy) - r->rss;
+    double explained = (constant ? within : syy) - r->rss;
     r->F = misval;
     if (r->df_m > 0 && mse < misval && mse > 0 && explained >= 0)
         r->F = explained / r->df_m / mse;

@@ -9,7 +9,6 @@
 #include "data/dsa.h"
 #include "data/variables.h"
 #include "expr/parse.h"
-#include "interp/interp.h"
 #include "interp/messages.h"
 #include "output/fmt.h"
 #include "output/print.h"
@@ -45,13 +44,20 @@ int32_t one_variable(const char *text, int32_t *var)
     return 0;
 }
 
+// A word of at least min letters of full.
+bool word_is(const char *word, const char *full, size_t min)
+{
+    size_t n = strlen(word);
+    return n >= min && !strncmp(word, full, n);
+}
+
 int32_t read_vce(regjob *r, char *text)
 {
     char *state = nullptr;
     const char *kind = strtok_r(text, " ", &state), *rest = strtok_r(nullptr, "", &state);
     if (!kind)
         return error(RC_SYNTAX);
-    if (cmdcmp(kind, "cluster", 2)) {
+    if (word_is(kind, "cluster", 2)) {
         if (!rest)
             return error(RC_REQUIRED);
         r->vce = RV_CLUSTER;
@@ -59,7 +65,7 @@ int32_t read_vce(regjob *r, char *text)
     }
     if (rest)
         return errout(RC_SYNTAX, "vce() invalid\n");
-    if (cmdcmp(kind, "robust", 1))
+    if (word_is(kind, "robust", 1))
         r->vce = RV_ROBUST;
     else if (!strcmp(kind, "hc2"))
         r->vce = RV_HC2;
@@ -231,7 +237,7 @@ void f_line(char *out, size_t n)
     char a[64], b[64], f[64], left[100];
     snprintf(left, sizeof left, "F(%3.30s,%6.30s)", num(a, e_scalar("df_m"), "%9.0g"),
              num(b, e_scalar("df_r"), "%9.0g"));
-    snprintf(out, n, "%-13s = %7s", left, num(f, e_scalar("F"), "%8.2f"));
+    snprintf(out, n, "%-13s = %7s", left, num(f, e_scalar("F"), "%7.2f"));
 }
 
 void right_side(const char *label, const char *value, char *out, size_t n)

@@ -19,7 +19,7 @@ struct regjob {
     crossprod cp;
     std::vector<uint8_t> used;   // by observation
     std::vector<double> gmean;   // absorb: group by group the means of the columns
-    std::vector<double> gweight;
+    double between = 0;          // and the squares between them, of the dependent variable
     std::vector<int32_t> blockgroup;
     // results. b and V end with the constant when there is one
     double N = 0, scale = 1;     // scale makes weights count as observations

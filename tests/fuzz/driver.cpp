@@ -25,12 +25,20 @@ static void mutate(std::vector<uint8_t> &v, const std::vector<uint8_t> &other)
     static const uint8_t telling[] = {0, 1, 0x7f, 0x80, 0xff, '"', '(', ')', '{', '}', '`', '\''};
     for (uint32_t i = 1 + draw(6); i; i--) {
         uint32_t at = draw(uint32_t(v.size()));
-        switch (draw(6)) {
+        switch (draw(7)) {
         case 0: if (!v.empty()) v[at] = uint8_t(draw(256)); break;
         case 1: if (!v.empty()) v[at] = telling[draw(sizeof telling)]; break;
         case 2: if (!v.empty()) v.erase(v.begin() + at); break;
         case 3: v.insert(v.begin() + at, telling[draw(sizeof telling)]); break;
         case 4: v.resize(at); break;
+        case 5:   // a stretch again and again
+            if (!v.empty() && v.size() < 20000) {
+                uint32_t most = uint32_t(v.size()) - at;
+                std::vector<uint8_t> piece(v.begin() + at, v.begin() + at + 1 + draw(most < 12 ? most : 12));
+                for (uint32_t k = draw(draw(8) ? 20 : 1500); k; k--)
+                    v.insert(v.begin() + at, piece.begin(), piece.end());
+            }
+            break;
         default:
             if (!other.empty()) {
                 uint32_t from = draw(uint32_t(other.size()));

@@ -28,3 +28,15 @@ list if x > 100
 drop _all
 capture noisily list
 display _rc
+
+* A condition that answers differently each time is asked once: the rows shown are those counted.
+set obs 40
+generate x = _n
+set seed 7
+list x if runiform() < .2
+set seed 7
+count if runiform() < .2
+* Numbers and their width are those of the group.
+generate g = x > 36
+sort g x
+by g: list x if _n == 2

@@ -4,9 +4,11 @@ program _gcount
 	syntax newvarname =/exp [if] [in] [, BY(varlist)]
 	tempvar touse
 	local present (`exp') < .
-	capture confirm string variable `exp'
+	* text counts too, when a variable is given by its name
+	local name = subinstr(subinstr("`exp'", "(", "", .), ")", "", .)
+	capture confirm string variable `name'
 	if _rc == 0 {
-		local present `exp' != ""
+		local present `name' != ""
 	}
 	quietly {
 		mark `touse' `if' `in'

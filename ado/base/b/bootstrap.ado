@@ -78,8 +78,8 @@ program bootstrap, rclass
 		local low = r(value)
 		Percentile `name' `=100 - (100 - `level') / 2'
 		local high = r(value)
-		display as text %12s abbrev("`name'", 12) " {c |}" as result %11.0g `b' %11.0g `bias' ///
-			%12.0g `se' "   " %11.0g `b' - `z' * `se' " " %11.0g `b' + `z' * `se' as text " (N)"
+		display as text %12s abbrev("`name'", 12) " {c |}" as result "  " %9.0g `b' "  " %9.0g `bias' ///
+			"   " %9.0g `se' "   " %11.0g `b' - `z' * `se' " " %11.0g `b' + `z' * `se' as text " (N)"
 		display as text _column(14) "{c |}" _column(52) as result %11.0g `low' " " %11.0g `high' ///
 			as text " (P)"
 		foreach what in b se bias {

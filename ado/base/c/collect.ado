@@ -18,6 +18,11 @@ program collect
 		tempfile file
 	}
 	gettoken before after : command, parse(",") bind
+	* commands that are known to take a range are spared a dataset of their own
+	local word : word 1 of `command'
+	capture unabcmd `word'
+	local word `r(cmd)'
+	local ranged = inlist("`word'", "summarize", "count", "correlate", "tabulate", "_pctile")
 	preserve
 	quietly {
 		tempvar touse group end
@@ -35,9 +40,21 @@ program collect
 		gen long `end' = .
 		by `by': replace `end' = _N
 		replace `end' = `end' + _n - 1
-		replace `group' = sum(`group')
+		tempvar number
+		gen long `number' = sum(`group')
+		drop `group'
+		_rename `number' `group'
 		tempfile groups
 		local count = `group'[_N]
+		tempfile all
+		local rows = _N
+		local at 1
+		forvalues i = 1/`count' {
+			local to`i' = `end'[`at']
+			local at = `to`i'' + 1
+		}
+		drop `end'
+		save `all'
 		Groups `groups' `group' "`by'" "`total'"
 	}
 	tempname post
@@ -45,18 +62,17 @@ program collect
 	local last = `count' + ("`total'" != "")
 	local from 1
 	forvalues i = 1/`last' {
-		local to = cond(`i' <= `count', `end'[`from'], _N)
+		local to `to`i''
 		if `i' > `count' {
 			local from 1
+			local to `rows'
 		}
-		* commands that take a range are spared a dataset of their own
-		capture quietly `before' in `from'/`to' `after'
-		local rc = _rc
-		local whole = `rc' == 0
-		if inlist(`rc', 101, 198) {
-			tempfile all
-			quietly save `all', replace
-			quietly keep in `from'/`to'
+		if `ranged' {
+			capture quietly `before' in `from'/`to' `after'
+			local rc = _rc
+		}
+		else {
+			quietly use in `from'/`to' using `all', clear
 			capture quietly `command'
 			local rc = _rc
 		}
@@ -85,9 +101,6 @@ program collect
 			local values `values' (`value')
 		}
 		post `post' (`i') `values'
-		if !`whole' & "`all'" != "" {
-			quietly use `all', clear
-		}
 		local from = `to' + 1
 		if "`nodots'" == "" {
 			_dots `i' `last' `rc'

@@ -105,5 +105,5 @@ program Drop, rclass
 	quietly count if `copy' > 1 & `touse'
 	return scalar N_drop = r(N)
 	quietly drop if `copy' > 1 & `touse'
-	display as text "(`return(N_drop)' observations deleted)"
+	display as text "(" return(N_drop) " observation" cond(return(N_drop) == 1, "", "s") " deleted)"
 end

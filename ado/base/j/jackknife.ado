@@ -84,8 +84,8 @@ program jackknife, rclass
 		local bias = (`m' - 1) * (r(mean) - `b')
 		local se = sqrt((`m' - 1)^2 / `m' * r(Var))
 		local t = invttail(`m' - 1, (1 - `level' / 100) / 2)
-		display as text %12s abbrev("`name'", 12) " {c |}" as result %11.0g `b' %11.0g `bias' ///
-			%12.0g `se' "  " %11.0g `b' - `t' * `se' " " %10.0g `b' + `t' * `se'
+		display as text %12s abbrev("`name'", 12) " {c |}" as result "  " %9.0g `b' "  " %9.0g `bias' ///
+			"   " %9.0g `se' "   " %9.0g `b' - `t' * `se' "  " %9.0g `b' + `t' * `se'
 		foreach what in b se bias {
 			return scalar `what'_`name' = ``what''
 		}

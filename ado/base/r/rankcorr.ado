@@ -51,7 +51,7 @@ program Spearman, rclass
 		summarize `product', meanonly
 	}
 	local rho = r(sum) / (`n' - 1) / sqrt(`va' * `vb')
-	local p = 0
+	local p = cond(missing(`rho'), ., 0)
 	if abs(`rho') < 1 {
 		local p = 2 * ttail(`n' - 2, abs(`rho') * sqrt((`n' - 2) / (1 - (`rho')^2)))
 	}

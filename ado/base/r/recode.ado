@@ -37,7 +37,7 @@ program recode
 	}
 	if "`generate'" != "" {
 		if `: list sizeof generate' != `n' {
-			display as error "generate() needs `n' names, one for each variable"
+			display as error "generate() needs one name for each variable"
 			exit 198
 		}
 		confirm new variable `generate'
@@ -114,6 +114,8 @@ program Apply, sclass
 	args v result done rule
 	gettoken item rest : rule, parse(" =/")
 	local condition 0
+	* .1 in a rule means what a float holds as .1
+	local round = cond("`: type `v''" == "float", "float", "")
 	while `"`item'"' != "=" {
 		if `"`item'"' == "" {
 			display as error `"rule (`rule') has no ="'
@@ -125,7 +127,7 @@ program Apply, sclass
 			Bound `item' min
 			local low `s(bound)'
 			Bound `high' max
-			local condition `condition' | (`v' >= `low' & `v' <= `s(bound)' & `v' < .)
+			local condition `condition' | (`v' >= `round'(`low') & `v' <= `round'(`s(bound)') & `v' < .)
 		}
 		else if inlist("`item'", "else", "*") {
 			local condition `condition' | 1
@@ -139,10 +141,7 @@ program Apply, sclass
 		else {
 			Bound `item' none
 			local at `s(bound)'
-			if "`: type `v''" == "float" {
-				local at float(`at')
-			}
-			local condition `condition' | `v' == `at'
+			local condition `condition' | `v' == `round'(`at')
 		}
 		gettoken item rest : rest, parse(" =/")
 	}
@@ -154,7 +153,7 @@ program Apply, sclass
 	else {
 		capture confirm number `value'
 		if _rc & !regexm("`value'", "^[.][a-z]?$") {
-			display as error `"`value' is no value; a rule reads: values = value"'
+			display as error `"'`value'' is no value; a rule reads: values = value"'
 			exit 198
 		}
 	}
@@ -169,7 +168,7 @@ end
 program Bound, sclass
 	args word open
 	if inlist("`word'", "min", "max") & "`word'" == "`open'" {
-		sreturn local bound = cond("`word'" == "min", "c(mindouble)", "c(maxdouble)")
+		sreturn local bound = cond("`word'" == "min", "c(minfloat)", "c(maxfloat)")
 		exit
 	}
 	capture confirm number `word'

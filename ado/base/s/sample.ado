@@ -21,5 +21,5 @@ program sample, byable(onecall)
 		local n = r(N)
 		drop if `touse'
 	}
-	display as text "(`n' observations deleted)"
+	display as text "(`n' observation" cond(`n' == 1, "", "s") " deleted)"
 end

@@ -12,8 +12,11 @@ program tally
 		}
 	}
 	tempvar touse n last
+	if "`exp'" != "" {
+		local weights [`weight'=`exp']
+	}
 	if "`nomiss'" == "" {
-		mark `touse' `if' `in'
+		mark `touse' `if' `in' `weights'
 	}
 	else {
 		marksample touse, strok

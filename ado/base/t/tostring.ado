@@ -38,7 +38,7 @@ program One
 		else {
 			* the short form where it says all, else as many digits as are needed
 			replace `text' = string(`v', "%9.0g")
-			local kind = cond("`: type `v''" == "double", "", "float")
+			local kind = cond("`: type `v''" == "float", "float", "")
 			replace `text' = string(`v', "%18.0g") if `kind'(real(`text')) != `v' & !missing(`v')
 			count if `kind'(real(`text')) != `v' & !missing(`v')
 		}

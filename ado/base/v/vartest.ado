@@ -29,6 +29,9 @@ program vartest, rclass
 			local sd`i' = r(sd)
 			local name`i' `"`s(name`i')'"'
 		}
+		if min(`n1', `n2') < 2 {
+			error 2001
+		}
 	}
 	else {
 		if "`rest'" == "" {
@@ -39,6 +42,9 @@ program vartest, rclass
 		local n1 = r(N)
 		local sd1 = r(sd)
 		local name1 `a'
+		if `n1' < 2 {
+			error 2001
+		}
 		capture confirm number `rest'
 		if _rc == 0 {
 			local chi2 = (`n1' - 1) * `sd1'^2 / `rest'^2

@@ -36,6 +36,7 @@ version 12.2
 version 0.5
 version 12.123
 version x
+version 12345678901.5
 version 8, born(1jan2050)
 version 8, born(1foo2050)
 version 8, nonsense

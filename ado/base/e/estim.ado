@@ -1,0 +1,5 @@
+*! short for estimates
+program estim
+	version 12.1
+	estimates `0'
+end

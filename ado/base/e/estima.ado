@@ -1,0 +1,5 @@
+*! short for estimates
+program estima
+	version 12.1
+	estimates `0'
+end

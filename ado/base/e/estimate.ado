@@ -1,0 +1,5 @@
+*! short for estimates
+program estimate
+	version 12.1
+	estimates `0'
+end

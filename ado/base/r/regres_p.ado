@@ -1,0 +1,5 @@
+*! predictions after regress
+program regres_p
+	version 12.1
+	_predict `0'
+end

@@ -1,0 +1,2 @@
+use data20
+save data20b, replace

@@ -1,0 +1,2 @@
+use data20
+sort s d1

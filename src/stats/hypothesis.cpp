@@ -1,0 +1,496 @@
+// stats/hypothesis.cpp - _test: linear hypotheses about the coefficients in e(), and linear
+// combinations of them.
+//
+//   _test x1 x2 ...                       each is zero
+//   _test x1 = x2 + 3 [= ...]             equations, several in parentheses
+//   _test x1 - x2 , combine level(#)      the combination with its standard error
+//   options: accumulate (on top of the last test), notest
+//
+// A term is [number *] coefficient, a coefficient a name of e(b), eq:name, [eq]name or _b[name].
+#include "core/missing.h"
+#include "core/rc.h"
+#include "core/state.h"
+#include "core/text.h"
+#include "data/dsa.h"
+#include "data/umat.h"
+#include "data/variables.h"
+#include "expr/parse.h"
+#include "interp/messages.h"
+#include "output/fmt.h"
+#include "output/print.h"
+#include "stats/coeftab.h"
+#include "stats/dist.h"
+#include "stats/results.h"
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+// R b = q, one row a restriction, with the text that shows it.
+struct restriction {
+    std::vector<double> R;
+    double q = 0;
+    std::string text;
+};
+std::vector<restriction> kept;  // of the last test, for accumulate
+
+struct reader {
+    const char *p;
+    matref b;
+    int32_t n;
+};
+
+void blanks(reader *r)
+{
+    while (*r->p == ' ')
+        r->p++;
+}
+
+std::string name_at(reader *r)
+{
+    const char *from = r->p;
+    while (isalnum(uint8_t(*r->p)) || *r->p == '_' || *r->p == '.' || *r->p == '#')
+        r->p++;
+    return std::string(from, r->p);
+}
+
+int32_t column(const reader *r, const std::string &eq, const std::string &name)
+{
+    std::string full = eq.empty() ? name : eq + ":" + name;
+    int32_t at = umat_findname(r->b.col, r->n, full.c_str(), false);
+    if (!at && name != "_cons") {  // an abbreviated variable
+        int32_t var = findvar_in_list(name.c_str(), _varlist, _i_Kvar, !ovata_varabbrev);
+        if (var > 0) {
+            full = eq.empty() ? _varlist[var - 1] : eq + ":" + _varlist[var - 1];
+            at = umat_findname(r->b.col, r->n, full.c_str(), false);
+        }
+    }
+    return at;
+}
+
+// A coefficient in one of its forms; -1 with words when there is none of that name.
+int32_t coefficient(reader *r)
+{
+    const char *from = r->p;
+    std::string eq, name;
+    if (*r->p == '[') {
+        r->p++;
+        eq = name_at(r);
+        if (*r->p++ != ']')
+            return -error(RC_SYNTAX);
+    }
+    name = name_at(r);
+    if ((name == "_b" || name == "_coef") && *r->p == '[') {
+        r->p++;
+        name = name_at(r);
+        if (*r->p == ':') {
+            r->p++;
+            eq = name;
+            name = name_at(r);
+        }
+        if (*r->p++ != ']')
+            return -error(RC_SYNTAX);
+    } else if (*r->p == ':') {
+        r->p++;
+        eq = name;
+        name = name_at(r);
+    }
+    int32_t at = name.empty() ? 0 : column(r, eq, name);
+    if (at)
+        return at;
+    std::string shown(from, r->p);
+    if (shown.empty())
+        return -error(RC_SYNTAX);
+    return -notfound(shown.c_str());
+}
+
+struct linear {
+    std::vector<double> c;
+    double k = 0;
+};
+
+int32_t sum(reader *r, linear *out);
+
+// A factor: a number, a coefficient or a sum in parentheses.
+int32_t factor(reader *r, linear *out)
+{
+    blanks(r);
+    out->c.assign(size_t(r->n), 0);
+    out->k = 0;
+    if (*r->p == '(') {
+        r->p++;
+        int32_t rc = sum(r, out);
+        blanks(r);
+        if (!rc && *r->p++ != ')')
+            rc = error(RC_SYNTAX);
+        return rc;
+    }
+    if (*r->p == '-' || *r->p == '+') {
+        bool neg = *r->p++ == '-';
+        int32_t rc = factor(r, out);
+        if (neg) {
+            out->k = -out->k;
+            for (double &z : out->c)
+                z = -z;
+        }
+        return rc;
+    }
+    if (isdigit(uint8_t(*r->p)) || *r->p == '.') {
+        char *end;
+        out->k = strtod(r->p, &end);
+        r->p = end;
+        return 0;
+    }
+    int32_t at = coefficient(r);
+    if (at < 0)
+        return -at;
+    out->c[size_t(at) - 1] = 1;
+    return 0;
+}
+
+bool is_number(const linear &l)
+{
+    for (double z : l.c)
+        if (z != 0)
+            return false;
+    return true;
+}
+
+int32_t term(reader *r, linear *out)
+{
+    int32_t rc = factor(r, out);
+    for (blanks(r); !rc && (*r->p == '*' || *r->p == '/'); blanks(r)) {
+        bool div = *r->p++ == '/';
+        linear b;
+        if ((rc = factor(r, &b)))
+            break;
+        if (!is_number(b) && (div || !is_number(*out)))
+            return errout(131, "not possible with test\n");
+        if (div && b.k == 0)
+            return error(RC_SYNTAX);
+        if (is_number(b)) {
+            double f = div ? 1 / b.k : b.k;
+            out->k *= f;
+            for (double &z : out->c)
+                z *= f;
+        } else {
+            for (double &z : b.c)
+                z *= out->k;
+            b.k *= out->k;
+            *out = b;
+        }
+    }
+    return rc;
+}
+
+int32_t sum(reader *r, linear *out)
+{
+    int32_t rc = term(r, out);
+    for (blanks(r); !rc && (*r->p == '+' || *r->p == '-'); blanks(r)) {
+        double sign = *r->p++ == '-' ? -1 : 1;
+        linear b;
+        if ((rc = term(r, &b)))
+            break;
+        out->k += sign * b.k;
+        for (size_t i = 0; i < out->c.size(); i++)
+            out->c[i] += sign * b.c[i];
+    }
+    return rc;
+}
+
+// ---- showing a restriction
+
+std::string number(double z)
+{
+    char buf[64];
+    fmtnumtrim(buf, sizeof buf, z, "%9.0g");
+    return buf;
+}
+
+std::string shown_sum(const reader *r, const std::vector<double> &c)
+{
+    std::string s;
+    for (size_t j = 0; j < c.size(); j++) {
+        double z = c[j];
+        if (z == 0)
+            continue;
+        s += s.empty() ? (z < 0 ? "- " : "") : z < 0 ? " - " : " + ";
+        if (std::fabs(z) != 1)
+            s += number(std::fabs(z)) + "*";
+        const umatname &n = r->b.col[j];
+        if (strcmp(n.eq, "_"))
+            s += std::string("[") + n.eq + "]";
+        s += n.name;
+    }
+    return s.empty() ? "0" : s;
+}
+
+void add(std::vector<restriction> *v, const reader *r, const linear &l)
+{
+    restriction x;
+    x.R = l.c;
+    x.q = l.k == 0 ? 0 : -l.k;
+    x.text = shown_sum(r, l.c) + " = " + number(x.q);
+    v->push_back(x);
+}
+
+// a = b = c makes two restrictions; without any = every coefficient named is zero.
+int32_t read_group(reader *r, std::vector<restriction> *v)
+{
+    if (!strchr(r->p, '=')) {
+        for (blanks(r); *r->p; blanks(r)) {
+            int32_t at = coefficient(r);
+            if (at < 0)
+                return -at;
+            linear l;
+            l.c.assign(size_t(r->n), 0);
+            l.c[size_t(at) - 1] = 1;
+            add(v, r, l);
+        }
+        return 0;
+    }
+    linear a, b;
+    int32_t rc = sum(r, &a);
+    for (blanks(r); !rc && *r->p == '='; blanks(r)) {
+        r->p++;
+        if (*r->p == '=')
+            r->p++;
+        if ((rc = sum(r, &b)))
+            break;
+        linear d = a;
+        d.k -= b.k;
+        for (size_t i = 0; i < d.c.size(); i++)
+            d.c[i] -= b.c[i];
+        add(v, r, d);
+        a = b;
+    }
+    return rc ? rc : *r->p ? error(RC_SYNTAX) : 0;
+}
+
+// Parentheses around whole restrictions part them; others belong to the arithmetic.
+int32_t read_all(reader *r, const std::string &text, std::vector<restriction> *v)
+{
+    size_t at = text.find_first_not_of(' ');
+    if (at == std::string::npos)
+        return error(RC_SYNTAX);
+    std::vector<std::string> parts;
+    while (at != std::string::npos && text[at] == '(') {
+        int depth = 0;
+        size_t e = at;
+        do {
+            depth += (text[e] == '(') - (text[e] == ')');
+            e++;
+        } while (e < text.size() && depth);
+        parts.push_back(text.substr(at + 1, e - at - 2));
+        at = text.find_first_not_of(' ', e);
+    }
+    if (at != std::string::npos)  // not of that form
+        parts = {text};
+    for (const std::string &part : parts) {
+        r->p = part.c_str();
+        if (int32_t rc = read_group(r, v))
+            return rc;
+    }
+    return 0;
+}
+
+// ---- the test
+
+// The inverse of the covariance of R b - q by elimination in units of its diagonal; rows that
+// follow from others are marked. Returns the statistic.
+double wald(const std::vector<restriction> &v, const matref &b, const matref &V,
+            std::vector<bool> *dropped, int32_t *rank)
+{
+    size_t m = v.size(), n = size_t(b.m->cols);
+    std::vector<double> W(m * m), d(m), scale(m);
+    for (size_t i = 0; i < m; i++) {
+        d[i] = -v[i].q;
+        for (size_t k = 0; k < n; k++)
+            d[i] += v[i].R[k] * b.m->el[k];
+        for (size_t j = 0; j <= i; j++) {
+            double s = 0;
+            for (size_t k = 0; k < n; k++)
+                if (v[i].R[k] != 0)
+                    for (size_t l = 0; l < n; l++)
+                        s += v[i].R[k] * V.m->el[k * n + l] * v[j].R[l];
+            W[i * m + j] = W[j * m + i] = s;
+        }
+    }
+    for (size_t i = 0; i < m; i++)
+        scale[i] = W[i * m + i] > 0 ? std::sqrt(W[i * m + i]) : 0;
+    for (size_t i = 0; i < m; i++) {
+        for (size_t j = 0; j < m; j++)
+            W[i * m + j] = scale[i] > 0 && scale[j] > 0 ? W[i * m + j] / scale[i] / scale[j] : 0;
+        d[i] = scale[i] > 0 ? d[i] / scale[i] : 0;
+    }
+    dropped->assign(m, false);
+    *rank = 0;
+    double q = 0;
+    for (size_t p = 0; p < m; p++) {  // Cholesky-like: what a row adds to those before it
+        double piv = W[p * m + p];
+        if (piv < 1e-10) {
+            (*dropped)[p] = true;
+            continue;
+        }
+        ++*rank;
+        q += d[p] * d[p] / piv;
+        for (size_t i = p + 1; i < m; i++) {
+            double f = W[i * m + p] / piv;
+            d[i] -= f * d[p];
+            for (size_t j = p + 1; j < m; j++)
+                W[i * m + j] -= f * W[p * m + j];
+        }
+    }
+    return q;
+}
+
+int32_t show_test(const std::vector<restriction> &v, const matref &b, const matref &V, bool quiet)
+{
+    std::vector<bool> dropped;
+    int32_t rank;
+    double q = wald(v, b, V, &dropped, &rank), df_r = estval_get_double("df_r");
+    bool isf = gretval_find(RK_E, "df_r") != 0;
+    double stat = rank ? isf ? q / rank : q : misval;
+    double p = !rank || df_r == 0 ? misval : isf ? ftail2(rank, df_r, stat) : chi2tail2(rank, stat);
+    retval_clear();
+    retval_set_gscalar(p, "p");
+    if (isf) {
+        retval_set_gscalar(stat, "F");
+        retval_set_gscalar(df_r, "df_r");
+    } else
+        retval_set_gscalar(stat, "chi2");
+    retval_set_gscalar(rank, "df");
+    int32_t ndrop = int32_t(v.size()) - rank;
+    retval_set_gscalar(ndrop > 0, "drop");
+    if (quiet)
+        return 0;
+    outlev_keep keep(1);
+    newline();
+    for (size_t i = 0; i < v.size(); i++)
+        spout21f(" (%2d)  %s\n", int(i) + 1, v[i].text.c_str());
+    for (size_t i = 0; i < v.size(); i++)
+        if (dropped[i])
+            spout21f("       Constraint %d dropped\n", int(i) + 1);
+    newline();
+    std::string label;
+    char buf[64];
+    if (isf)
+        snprintf(buf, sizeof buf, "F(%3d,%6s)", rank, number(df_r).c_str());
+    else
+        snprintf(buf, sizeof buf, "chi2(%3d)", rank);
+    char value[64];
+    fmtnumtrim(value, sizeof value, stat, "%8.2f");
+    spout21f("%18s =%8s\n", buf, value);
+    fmtnumtrim(value, sizeof value, p, "%8.4f");
+    spout21f("%18s =%8s\n", isf ? "Prob > F" : "Prob > chi2", value);
+    return stopflag;
+}
+
+int32_t combine(reader *r, const std::string &text, const matref &V, double level,
+                const char *eform)
+{
+    linear l;
+    r->p = text.c_str();
+    int32_t rc = sum(r, &l);
+    blanks(r);
+    if (!rc && *r->p)
+        rc = error(RC_SYNTAX);
+    if (rc)
+        return rc;
+    double b = l.k, var = 0;
+    size_t n = size_t(r->n);
+    for (size_t i = 0; i < n; i++) {
+        b += l.c[i] * r->b.m->el[i];
+        for (size_t j = 0; j < n; j++)
+            var += l.c[i] * V.m->el[i * n + j] * l.c[j];
+    }
+    bool isz = gretval_find(RK_E, "df_r") == 0;
+    double df = isz ? misval : estval_get_double("df_r");
+    std::string depvar = gretval_find(RK_E, "depvar") == 5179 ? retval_get_strptr() : "";
+    coefstat c = coef_stats(b, var > 0 ? std::sqrt(var) : misval, df, level);
+    retval_clear();
+    retval_set_gscalar(b, "estimate");
+    retval_set_gscalar(c.se, "se");
+    if (!isz)
+        retval_set_gscalar(df, "df");
+    outlev_keep keep(1);
+    std::string shown = shown_sum(r, l.c);
+    if (l.k != 0)
+        shown += (l.k < 0 ? " - " : " + ") + number(std::fabs(l.k));
+    spout21f("\n (%2d)  %s = 0\n\n", 1, shown.c_str());
+    if (*eform) {
+        c.b = std::exp(c.b);
+        c.se = c.se < misval ? c.se * c.b : misval;
+        c.low = c.low < misval ? std::exp(c.low) : misval;
+        c.high = c.high < misval ? std::exp(c.high) : misval;
+    }
+    spout21("------------------------------------------------------------------------------\n");
+    coeftab_heading(depvar.c_str(), *eform ? eform : "Coef.", level, isz, false, "");
+    coeftab_rule('+');
+    coeftab_line("(1)", &c, nullptr);
+    spout21("------------------------------------------------------------------------------\n");
+    return stopflag;
+}
+
+// The text up to the comma of the options.
+std::string take_text()
+{
+    const char *from = ti_wheretok(tokinfo), *p = from;
+    int depth = 0;
+    for (; *p && (*p != ',' || depth > 0); p++)
+        depth += (*p == '(' || *p == '[') - (*p == ')' || *p == ']');
+    std::string text(from, p);
+    gettok_state at{const_cast<char *>(p), nullptr};
+    ti_resettok(tokinfo, &at);
+    return text;
+}
+
+}  // namespace
+
+int32_t testcmd(int32_t);
+int32_t testcmd(int32_t)
+{
+    reader r = {};
+    matref V;
+    if (!umat_get("b", MK_E, &r.b) || !umat_get("V", MK_E, &V) || V.m->cols != r.b.m->cols)
+        return regrnotfound();
+    r.n = r.b.m->cols;
+    std::string text = take_text();
+    parinfo->pi_opts = PI_OK;
+    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    if (rc)
+        return rc;
+    char eform[13] = "";
+    bool combined = ti_pi_findopt(tokinfo, parinfo, "combine", 7, 0) != 0;
+    bool accumulate = ti_pi_findopt(tokinfo, parinfo, "accumulate", 1, 0) != 0;
+    bool quiet = !ti_pi_findopt(tokinfo, parinfo, "test", 4, 1);
+    double level = ti_pi_findlevel(tokinfo, parinfo, 1);
+    if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, eform, 12))
+        *eform = 0;
+    if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
+        return rc;
+    if (combined)
+        return combine(&r, text, V, level, eform);
+    std::vector<restriction> v;
+    if (accumulate)
+        for (const restriction &x : kept)
+            if (x.R.size() == size_t(r.n))
+                v.push_back(x);
+    if (text.find_first_not_of(' ') == std::string::npos) {  // all slopes
+        for (int32_t j = 0; j < r.n; j++)
+            if (strcmp(r.b.col[j].name, "_cons")) {
+                linear l;
+                l.c.assign(size_t(r.n), 0);
+                l.c[size_t(j)] = 1;
+                add(&v, &r, l);
+            }
+    } else if ((rc = read_all(&r, text, &v)))
+        return rc;
+    kept = v;
+    return show_test(v, r.b, V, quiet);
+}

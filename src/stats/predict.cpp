@@ -1,0 +1,248 @@
+// stats/predict.cpp - _predict: what the estimates in e() say about each observation.
+//
+//   _predict [type] newvar [if] [in] [, statistic equation(name)]
+#include "core/mem.h"
+#include "core/missing.h"
+#include "core/rc.h"
+#include "core/state.h"
+#include "data/dsa.h"
+#include "data/labels.h"
+#include "data/umat.h"
+#include "data/variables.h"
+#include "expr/generate.h"
+#include "expr/parse.h"
+#include "expr/rows.h"
+#include "interp/messages.h"
+#include "output/print.h"
+#include "stats/results.h"
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+enum pstat : int32_t {
+    PS_XB, PS_RESID, PS_STDP, PS_STDF, PS_STDR, PS_HAT, PS_RSTANDARD, PS_RSTUDENT, PS_COOKSD,
+    PS_DFITS, PS_COVRATIO, PS_WELSCH,
+};
+struct statrow {
+    const char *word;
+    int32_t min;
+    pstat what;
+    const char *label;
+};
+// Rows from stdf on need the variance of the residuals; from rstandard on, the sample too.
+constexpr statrow stats[] = {
+    {"xb", 2, PS_XB, "Linear prediction"},
+    {"residuals", 1, PS_RESID, "Residuals"},
+    {"stdp", 4, PS_STDP, "S.E. of the prediction"},
+    {"stdf", 4, PS_STDF, "S.E. of the forecast"},
+    {"stdr", 4, PS_STDR, "S.E. of the residual"},
+    {"hat", 1, PS_HAT, "Leverage"},
+    {"leverage", 1, PS_HAT, "Leverage"},
+    {"rstandard", 3, PS_RSTANDARD, "Standardized residuals"},
+    {"rstudent", 3, PS_RSTUDENT, "Studentized residuals"},
+    {"cooksd", 1, PS_COOKSD, "Cook's D"},
+    {"dfits", 2, PS_DFITS, "Dfits"},
+    {"covratio", 3, PS_COVRATIO, "Covratio"},
+    {"welsch", 1, PS_WELSCH, "Welsch distance"},
+};
+
+struct predcmd {
+    pstat what = PS_XB;
+    const char *label = "";
+    matref b, V;
+    int32_t first, n;            // columns of the equation
+    std::vector<int32_t> var;    // 0 for the constant
+    std::vector<double> x;
+    int32_t dep = 0, sample = 0;
+    double s = misval, df_r = misval, N = misval, k = 0, rss = misval;
+};
+
+std::string macro_of(const char *name)
+{
+    return gretval_find(RK_E, name) == 5179 ? retval_get_strptr() : "";
+}
+
+int32_t parse(predcmd *c, char *eq)
+{
+    parinfo->pi_in = parinfo->pi_if = parinfo->pi_by = parinfo->pi_opts = PI_OK;
+    parinfo->pi_vlist = PI_REQ;
+    pi_vlmode = VL_NEW1;
+    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    if (rc)
+        return rc;
+    const statrow *found = nullptr;
+    for (const statrow &s : stats)
+        if (ti_pi_findopt(tokinfo, parinfo, s.word, s.min, 0)) {
+            if (found)
+                return errout(RC_SYNTAX, "only one statistic may be predicted\n");
+            found = &s;
+        }
+    if (!ti_pi_findargn(tokinfo, parinfo, "equation", 2, eq, 32, 1))
+        *eq = 0;
+    if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
+        return rc;
+    if (!found && out_shown(1))
+        spout21at(1, "(option xb assumed; fitted values)\n");
+    c->what = found ? found->what : PS_XB;
+    c->label = found ? found->label : "Fitted values";
+    return 0;
+}
+
+int32_t find_columns(predcmd *c, const char *eq)
+{
+    if (!umat_get("b", MK_E, &c->b))
+        return regrnotfound();
+    c->first = 0;
+    if (*eq) {
+        while (c->first < c->b.m->cols && strcmp(c->b.col[c->first].eq, eq))
+            c->first++;
+        if (c->first == c->b.m->cols)
+            return eqnotfound(eq);
+    }
+    const char *own = c->b.col[c->first].eq;
+    for (int32_t j = c->first; j < c->b.m->cols && !strcmp(c->b.col[j].eq, own); j++) {
+        const char *name = c->b.col[j].name;
+        int32_t var = 0;
+        if (strcmp(name, "_cons")) {
+            var = sysfindvar(name);
+            if (!var)
+                return varnotfound(name);
+            if (t_isstr(_typlist[var - 1]))
+                return error(RC_TYPE);
+        }
+        c->var.push_back(var);
+    }
+    c->n = int32_t(c->var.size());
+    c->x.resize(size_t(c->n));
+    return 0;
+}
+
+int32_t need(predcmd *c)
+{
+    if (c->what >= PS_STDP && !umat_get("V", MK_E, &c->V))
+        return errout(RC_NOTFOUND, "e(V) not found\n");
+    if (c->what >= PS_STDF) {
+        if (macro_of("vce") != "ols" && !macro_of("vce").empty())
+            return errout(RC_NOTALLOWED, "option not allowed after robust estimation\n");
+        if (macro_of("wtype") == "aweight" && c->what >= PS_HAT)
+            return errout(RC_NOTALLOWED, "option not allowed after analytic weights\n");
+        c->s = estval_get_double("rmse");
+        c->df_r = estval_get_double("df_r");
+        c->N = estval_get_double("N");
+        c->rss = estval_get_double("rss");
+        c->k = c->N - c->df_r;
+    }
+    if (c->what == PS_RESID || c->what >= PS_RSTANDARD) {
+        std::string name = macro_of("depvar");
+        c->dep = sysfindvar(name.c_str());
+        if (!c->dep)
+            return varnotfound(name.c_str());
+    }
+    if (c->what >= PS_RSTANDARD)
+        c->sample = *esamplename ? sysfindvar(esamplename) : 0;
+    return 0;
+}
+
+double quadratic(const predcmd *c)
+{
+    double q = 0;
+    for (int32_t i = 0; i < c->n; i++) {
+        double t = 0;
+        for (int32_t j = 0; j < c->n; j++)
+            t += umat_el(c->V.m, c->first + i + 1, c->first + j + 1) * c->x[size_t(j)];
+        q += t * c->x[size_t(i)];
+    }
+    return q > 0 ? q : 0;
+}
+
+double influence(const predcmd *c, double e, double h)
+{
+    double left = 1 - h;
+    if (!(left > 1e-14) || c->s >= misval)
+        return misval;
+    if (c->what == PS_RSTANDARD)
+        return e / (c->s * std::sqrt(left));
+    if (c->what == PS_COOKSD) {
+        double r = e / (c->s * std::sqrt(left));
+        return r * r * h / left / c->k;
+    }
+    double without = (c->rss - e * e / left) / (c->df_r - 1);  // variance without this one
+    if (!(c->df_r > 1) || !(without > 0))
+        return misval;
+    double t = e / std::sqrt(without * left);
+    switch (c->what) {
+    case PS_RSTUDENT: return t;
+    case PS_DFITS: return t * std::sqrt(h / left);
+    case PS_COVRATIO: return std::pow(without / (c->s * c->s), c->k) / left;
+    default: return t * std::sqrt(h / left) * std::sqrt((c->N - 1) / left);
+    }
+}
+
+double value_at(predcmd *c, int32_t obs)
+{
+    double xb = 0;
+    if (c->sample && dsa_data(sysdsa, uint32_t(c->sample), uint32_t(obs)) != 1)
+        return misval;
+    for (int32_t j = 0; j < c->n; j++) {
+        int32_t v = c->var[size_t(j)];
+        double z = v ? dsa_data(sysdsa, uint32_t(v), uint32_t(obs)) : 1;
+        if (z >= misval)
+            return misval;
+        c->x[size_t(j)] = z;
+        xb += z * umat_el(c->b.m, 1, c->first + j + 1);
+    }
+    if (c->what == PS_XB)
+        return xb;
+    double y = c->dep ? dsa_data(sysdsa, uint32_t(c->dep), uint32_t(obs)) : 0;
+    if (y >= misval)
+        return misval;
+    if (c->what == PS_RESID)
+        return y - xb;
+    double q = quadratic(c), s2 = c->s * c->s;
+    if (c->what == PS_STDP)
+        return std::sqrt(q);
+    if (c->s >= misval)
+        return misval;
+    switch (c->what) {
+    case PS_STDF: return std::sqrt(s2 + q);
+    case PS_STDR: return s2 > q ? std::sqrt(s2 - q) : 0;
+    case PS_HAT: return s2 > 0 ? q / s2 : misval;
+    default: return s2 > 0 ? influence(c, y - xb, q / s2) : misval;
+    }
+}
+
+}  // namespace
+
+int32_t predictcmd(int32_t);
+int32_t predictcmd(int32_t)
+{
+    predcmd c;
+    char eq[33];
+    int32_t rc = parse(&c, eq);
+    if (rc || (rc = find_columns(&c, eq)) || (rc = need(&c)))
+        return rc;
+    int32_t var = parinfo->vl_vr[0], missing = 0;
+    if (t_isstr(_typlist[var - 1]))
+        return error(RC_TYPE);
+    rowvalues v;
+    rv_open(&v, nullptr, parinfo->pi_obs2);
+    for (int32_t obs = 1; obs <= _Nobs; obs++) {
+        if ((obs & 0xfff) == 0 && fault_poll())
+            return stopflag;
+        bool in = obs >= parinfo->pi_obs1 && obs <= parinfo->pi_obs2 && rv_selected(&v, obs);
+        double z = in ? value_at(&c, obs) : misval;
+        z = std::fabs(z) < misval ? z : misval;
+        dsa_store(z, sysdsa, uint32_t(var), uint32_t(obs));
+        missing += z >= misval;
+    }
+    if ((rc = putvarlab(var, c.label)))
+        return rc;
+    _i_Kvar = _Kvar;
+    s_updata = newdata = true;
+    if (out_shown(2))
+        missmsg(missing, true);
+    return 0;
+}
