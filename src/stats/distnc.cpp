@@ -75,8 +75,10 @@ static bool peak(const mixture *m, double low, double high, double *at)
         wide z, next;
         if (!product(m, mid, &z) || !product(m, mid + 1, &next) || fault_poll())
             return false;
-        // A part that has underflown grows further up; a weight that has never does.
-        if (next > z || (m->kind == 'u' && z == 0 && weight(m, mid) > 0))
+        bool rises = next > z;
+        if (z == 0 && next == 0)  // underflow: of weights far from their mode, or of the parts
+            rises = weight(m, mid) == 0 ? mid < m->mean : m->kind == 'u';
+        if (rises)
             low = mid + 1;
         else
             high = mid;

@@ -154,3 +154,20 @@ TEST(distlaws, FarTails)
     EXPECT_EQ(gammap2(1e17, 1e16), 0);
     EXPECT_EQ(gammap2(1e17, 1e18), 1);
 }
+
+// Weights and parts both underflow on the way to the largest product.
+TEST(distlaws, LargeNoncentrality)
+{
+    for (double L : {1e3, 3e5, 1e7}) {
+        double spread = std::sqrt(2 + 4 * L), was = 0;
+        for (double z : {-30., -5., -1., 0., 1., 5., 40.}) {
+            double p = nchi2(2, L, 2 + L + z * spread);
+            EXPECT_NEAR(p, ovnormal(z), .02) << L << " " << z;
+            EXPECT_GE(p, was);
+            was = p;
+            double f = (1 + L / 5) * (1 + z / 100), x = 5 * f / (5 * f + 40);
+            EXPECT_NEAR(nftail(5, 40, L, f) + nibeta(2.5, 20, L, x), 1, 1e-9) << L << " " << z;
+        }
+    }
+    EXPECT_NEAR(nftail(3, 40, 1e-6, 2) / ftail2(3, 40, 2), 1, 1e-6);
+}
