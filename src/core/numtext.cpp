@@ -18,9 +18,11 @@ static int hexval(char c)
 }
 
 // Text without the blanks around it.
+namespace {
 struct span {
     const char *at, *end;
 };
+}  // namespace
 static span trimmed(const char *text, size_t n)
 {
     span s{text, text + n};

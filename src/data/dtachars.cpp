@@ -9,9 +9,11 @@
 #include "interp/messages.h"
 #include <memory>
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 using block = std::unique_ptr<uint8_t[], freer>;
 
 static bool skip(int32_t fd, int64_t n)

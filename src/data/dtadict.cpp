@@ -13,9 +13,11 @@
 #include <memory>
 #include <string>
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 using bytes = std::unique_ptr<uint8_t[], freer>;
 static bytes getbytes(uint64_t n) { return bytes(static_cast<uint8_t *>(safemalloc(n))); }
 

@@ -15,9 +15,11 @@
 #include <cstring>
 #include <memory>
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 template <class T> using block = std::unique_ptr<T[], freer>;
 template <class T> static block<T> getblock(uint64_t n)
 {

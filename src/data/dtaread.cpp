@@ -23,9 +23,11 @@
 #include <cstring>
 #include <memory>
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 using block = std::unique_ptr<uint8_t[], freer>;
 
 struct usejob {

@@ -19,9 +19,11 @@
 #include <memory>
 #include <unistd.h>
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 template <class T> using block = std::unique_ptr<T[], freer>;
 template <class T> static block<T> getblock(uint64_t n)
 {

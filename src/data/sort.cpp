@@ -17,9 +17,11 @@
 static constexpr int32_t maxvrl = 121, swap_lrec = 160;
 int32_t sort_lastmode;
 
+namespace {
 struct freer {
     void operator()(void *p) const { safefree(p); }
 };
+}  // namespace
 template <class T> using block = std::unique_ptr<T[], freer>;
 template <class T> static block<T> getblock(uint64_t n)
 {

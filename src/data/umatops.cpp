@@ -16,6 +16,7 @@
 
 double *umat_scratch;
 
+namespace {
 struct freer {
     void operator()(void *p) const
     {
@@ -23,6 +24,7 @@ struct freer {
             safefree(p);
     }
 };
+}  // namespace
 template <class T> using block = std::unique_ptr<T[], freer>;
 
 template <class T> static block<T> take(int64_t n)

@@ -48,10 +48,12 @@ static int32_t copyrows(uint32_t to, uint32_t from, int32_t nobs)
 
 // What belongs to a variable besides its cells, and the order of the data, which a change of
 // type leaves as it is.
+namespace {
 struct keptvar {
     char name[33], fmt[49], lbl[33];
     std::vector<int16_t> srt;
 };
+}  // namespace
 
 // The new variable, last in the row, takes the place and the name of the old one.
 static int32_t replacevar(uint32_t var, const keptvar &was)

@@ -26,10 +26,12 @@ int32_t psvfctr = -1;
 // Above this many bytes of rows the disk is used.
 constexpr uint64_t memory_limit = uint64_t{1} << 31;
 
+namespace {
 struct keptvar {
     uint8_t type;
     char name[33], fmt[49], lbl[33];
 };
+}  // namespace
 struct keptdata {
     std::vector<keptvar> vars;
     std::vector<int16_t> sorted;

@@ -44,7 +44,7 @@ do loop
 BREAK
 BREAK
 display "level " 1
-nobreak sleep 3000
+nobreak sleep 1700
 BREAK
 sleep 600
 capture sleep 100000
