@@ -4,6 +4,8 @@
 //   matrix list A [, noheader nonames nohalf format(%fmt) title(text)]
 //   matrix dir    matrix drop A ...|_all    matrix rename A B
 //   matrix rownames|colnames|roweq|coleq A = name ...
+//   and those of commands/matrixstat.h
+#include "commands/matrixstat.h"
 #include "core/missing.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -393,6 +395,16 @@ int32_t matrixcmd(int32_t)
         return set_names('r', 'e');
     if (is("coleq", 5))
         return set_names('c', 'e');
+    static const struct {
+        const char *word;
+        int32_t min;
+        int32_t (*run)(int32_t);
+    } later[] = {{"accum", 2, mat_accum}, {"vecaccum", 4, mat_vecaccum},
+                 {"glsaccum", 4, mat_glsaccum}, {"svd", 3, mat_svd},
+                 {"symeigen", 3, mat_symeigen}, {"eigenvalues", 5, mat_eigenvalues}};
+    for (const auto &l : later)
+        if (is(l.word, l.min))
+            return l.run(0);
     if (word.empty())
         return error(198);
     return errout(198, "matrix %s is not available in this version of Ovata\n", word.c_str());

@@ -1,5 +1,6 @@
 // commands/tabulate.cpp - tabulate: frequencies of one variable, or of two against each other.
 #include "commands/categories.h"
+#include "commands/tabstats.h"
 #include "core/mem.h"
 #include "core/missing.h"
 #include "core/rc.h"
@@ -28,6 +29,7 @@ struct tabcmd {
     bool missing, nolabel, sort, plot, freq, row, col, cell, key;
     char stub[33], matcell[33], matrow[33], matcol[33];
     int32_t nvar;
+    tabstats stats;
     categories r, c;
     std::vector<double> freqs;  // by numbers met: r + c * nrows at the end (see tally)
     double total;
@@ -59,11 +61,14 @@ int32_t parse(tabcmd *t)
     ti_pi_findargn(tokinfo, parinfo, "matcell", 4, t->matcell, 33, 1);
     ti_pi_findargn(tokinfo, parinfo, "matrow", 4, t->matrow, 33, 1);
     ti_pi_findargn(tokinfo, parinfo, "matcol", 4, t->matcol, 33, 1);
+    tabstats_options(&t->stats);
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     t->nvar = parinfo->pi_nvar;
     if (t->nvar > 2)
         return error(RC_TOOMANYVARS);
+    if (t->nvar == 1 && tabstats_any(&t->stats))
+        return errout(RC_SYNTAX, "tests and measures of association need two variables\n");
     if (t->nvar == 2 && (*t->stub || t->plot || t->sort))
         return errout(RC_SYNTAX, "options generate(), plot and sort need one variable\n");
     return 0;
@@ -433,6 +438,9 @@ int32_t tabulate(int32_t)
         return error(RC_NOOBS);
     rc = t.nvar == 2 ? print_twoway(&t) : print_oneway(&t);
     if (rc || (rc = leave_matrices(&t)))
+        return rc;
+    if (t.nvar == 2
+        && (rc = tabstats_show(&t.stats, t.cellw.data(), t.r.count(), t.c.count())))
         return rc;
     return *t.stub ? leave_dummies(&t) : 0;
 }

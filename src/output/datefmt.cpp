@@ -82,6 +82,23 @@ static const coderow codes[] = {
     {"am", K_AMPM, 2, nullptr, nullptr},
     {"q", K_NUM, 1, NUM(t.quarter), nullptr},
     {"h", K_NUM, 1, NUM(t.half), nullptr},
+    // One letter each, as %d formats were written before the doubled codes.
+    {"C", K_NUM0, 2, NUM(t.y / 100), nullptr},
+    {"c", K_NUM, 2, NUM(t.y / 100), nullptr},
+    {"Y", K_NUM0, 2, NUM(t.y % 100), nullptr},
+    {"y", K_NUM, 2, NUM(t.y % 100), nullptr},
+    {"M", K_NAME, 9, NUM(t.m - 1), dt_months},
+    {"m", K_NAME, 3, NUM(t.m - 1), dt_mons},
+    {"L", K_LOWNAME, 9, NUM(t.m - 1), dt_months},
+    {"l", K_LOWNAME, 3, NUM(t.m - 1), dt_mons},
+    {"N", K_NUM0, 2, NUM(t.m), nullptr},
+    {"n", K_NUM, 2, NUM(t.m), nullptr},
+    {"D", K_NUM0, 2, NUM(t.d), nullptr},
+    {"d", K_NUM, 2, NUM(t.d), nullptr},
+    {"J", K_NUM0, 3, NUM(t.doy), nullptr},
+    {"j", K_NUM, 3, NUM(t.doy), nullptr},
+    {"W", K_NUM0, 2, NUM(t.week), nullptr},
+    {"w", K_NUM, 2, NUM(t.week), nullptr},
 };
 #undef NUM
 

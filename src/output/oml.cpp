@@ -547,7 +547,9 @@ static size_t scanrun(oml *o, const char *p, size_t n, bool top)
             p++;
             continue;
         }
-        q = dotag(o, p, end);
+        // How long a tag may be does not depend on the pieces it comes in: the mark-up log holds
+        // other pieces and must read the same.
+        q = dotag(o, p, end - p > ptrdiff_t(omlbuflen) ? p + omlbuflen : end);
         if (!q && top && end - p < ptrdiff_t(omlbuflen))
             return size_t(p - begin);  // wait for the rest
         if (!q || q == p) {

@@ -48,6 +48,33 @@ static void accumerr(crossprod *p, const double *d, double w)
     }
 }
 
+// The same for four rows at once: their products meet in plain sums, whose error is that of
+// the products themselves, and one exact addition takes them in.
+static void accumerr4(crossprod *p, const double *d, int64_t stride, const double *w)
+{
+    for (int32_t i = 0; i < p->k; i++) {
+        v4 f[4];
+        for (int r = 0; r < 4; r++) {
+            double wd = w[r] * d[r * stride + i];
+            f[r] = v4{wd, wd, wd, wd};
+        }
+        double *s = p->s + int64_t(i) * p->ld, *c = p->c + int64_t(i) * p->ld;
+        for (int32_t j = i & ~3; j < p->ld; j += 4) {
+            v4 x, y, z, u, a, e;
+            memcpy(&x, d + j, sizeof x);
+            memcpy(&y, d + stride + j, sizeof y);
+            memcpy(&z, d + 2 * stride + j, sizeof z);
+            memcpy(&u, d + 3 * stride + j, sizeof u);
+            memcpy(&a, s + j, sizeof a);
+            memcpy(&e, c + j, sizeof e);
+            v4 add = (f[0] * x + f[1] * y) + (f[2] * z + f[3] * u), t = a + add, b = t - a;
+            e += (a - (t - b)) + (add - b);
+            memcpy(s + j, &t, sizeof t);
+            memcpy(c + j, &e, sizeof e);
+        }
+    }
+}
+
 static void add_to(double *sum, double *carry, double x)
 {
     double t = *sum + x, b = t - *sum;
@@ -70,11 +97,21 @@ static void join(crossprod *p, double w)
     p->sum_w = after;
 }
 
+static void deviations(const crossprod *p, const datarows *b, int32_t i, double *dev)
+{
+    const double *x = b->x + int64_t(i) * b->ld;
+    for (int32_t j = 0; j < p->k; j++)
+        dev[j] = (x[j] - p->shift[j]) - p->d[j];
+}
+
+// A handful of observations is worth every digit; with many the rows go by four.
+static constexpr int32_t few_rows = 16;
+
 static void central_block(crossprod *p, const datarows *b)
 {
-    double w = 0, d[1024];
-    bool small = p->ld <= 1024;
-    double *dev = small ? d : p->d;
+    static constexpr int32_t widest = 1024;
+    double w = 0, dev[4 * widest];
+    bool small = p->ld <= widest;
     memset(p->d, 0, sizeof(double) * size_t(p->ld));
     for (int32_t i = 0; i < b->n; i++)
         w += b->w[i];
@@ -95,12 +132,15 @@ static void central_block(crossprod *p, const datarows *b)
         for (int32_t j = 0; j < p->k; j++)
             p->d[j] += f * (x[j] - p->shift[j]);
     }
-    for (int32_t j = p->k; j < p->ld; j++)
-        dev[j] = 0;
-    for (int32_t i = 0; i < b->n; i++) {
-        const double *x = b->x + int64_t(i) * b->ld;
-        for (int32_t j = 0; j < p->k; j++)
-            dev[j] = (x[j] - p->shift[j]) - p->d[j];
+    memset(dev, 0, sizeof(double) * 4 * size_t(p->ld));
+    int32_t i = 0;
+    for (; i + 4 <= b->n && b->n > 4 * few_rows; i += 4) {
+        for (int32_t r = 0; r < 4; r++)
+            deviations(p, b, i + r, dev + r * p->ld);
+        accumerr4(p, dev, p->ld, b->w + i);
+    }
+    for (; i < b->n; i++) {
+        deviations(p, b, i, dev);
         accumerr(p, dev, b->w[i]);
     }
     join(p, w);

@@ -237,7 +237,10 @@ bool dist_betatails(const betapoint *p, tails *out)
         *out = p->x <= 0 ? tails{0, 1} : tails{1, 0};
         return true;
     }
-    betapoint q = p->lambda < 0 ? dist_mirrored(p) : *p;
+    // By powers where a small parameter calls for them, else on the side the point lies on.
+    bool powers = p->a < 1 && p->b * p->x <= 1 && p->x <= 0.5L;
+    bool mirror = p->b < 1 && p->a * p->y <= 1 && p->y <= 0.5L ? true : p->lambda < 0 && !powers;
+    betapoint q = mirror ? dist_mirrored(p) : *p;
     double lower, upper;
     if (!beta_lower(&q, &lower))
         return false;
@@ -246,7 +249,7 @@ bool dist_betatails(const betapoint *p, tails *out)
         upper = 1 - lower;
     else if (!beta_skewed(&q, &upper))
         return false;
-    *out = p->lambda < 0 ? tails{upper, lower} : tails{lower, upper};
+    *out = mirror ? tails{upper, lower} : tails{lower, upper};
     return lower >= 0;
 }
 

@@ -220,7 +220,13 @@ double poisson2(double m, double k)
 {
     if (!good_mean(m) || !(k < misval))
         return misval;
-    return k < 0 ? 0 : gammaptail2(std::floor(k) + 1, m);
+    if (k < 0)
+        return 0;
+    k = std::floor(k);
+    if (k < pow53)
+        return gammaptail2(k + 1, m);
+    double z = gammaptail2(k, m);  // k + 1 is no double any more
+    return z >= misval ? misval : std::fmin(1, z + dist_poisson_term(k, m));
 }
 
 double poissontail2(double m, double k)

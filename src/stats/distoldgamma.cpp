@@ -68,7 +68,8 @@ template <class T, bool derive> static bool series(T a, T x, T f, as187<T> *out)
             sp += cp;
             spp += cpp;
         }
-        if (c <= T(close_enough) * s)
+        if (c <= T(close_enough) * s
+            && (!derive || std::fabs(cpp) <= T(close_enough) * std::fabs(spp)))
             break;
         if (i >= maxterms)
             return false;
@@ -91,7 +92,7 @@ template <class T, bool derive> static bool fraction(T a, T x, T f, as187<T> *ou
 {
     T k = a - 1, b = x + 1 - k, term = 0;
     T p[6] = {1, x, x + 1, x * b}, d[6] = {0, 0, 0, -x}, dd[6] = {};
-    T s0 = p[2] / p[3], s;
+    T s0 = p[2] / p[3], s, sp = 0, spp = 0;
     for (;;) {
         k -= 1;
         b += 2;
@@ -105,7 +106,13 @@ template <class T, bool derive> static bool fraction(T a, T x, T f, as187<T> *ou
             }
         }
         s = p[4] / p[5];
-        if (p[5] != 0 && std::fabs(s - s0) <= T(close_enough) * std::fabs(s))
+        T was = spp;
+        if constexpr (derive) {  // the derivatives settle later than the value
+            sp = (d[4] - s * d[5]) / p[5];
+            spp = (dd[4] - s * dd[5] - 2 * sp * d[5]) / p[5];
+        }
+        if (p[5] != 0 && std::fabs(s - s0) <= T(close_enough) * std::fabs(s)
+            && (!derive || std::fabs(spp - was) <= T(close_enough) * std::fabs(spp)))
             break;
         if (term >= maxterms || !std::isfinite(s))
             return false;
@@ -122,7 +129,6 @@ template <class T, bool derive> static bool fraction(T a, T x, T f, as187<T> *ou
     if constexpr (derive) {
         long double psi, psi1;
         psi_pair(a, &psi, &psi1);
-        T sp = (d[4] - s * d[5]) / p[5], spp = (dd[4] - s * dd[5] - 2 * sp * d[5]) / p[5];
         T e = std::log(x) - psi, fp = f * e, fpp = f * (e * e - psi1);
         out->da = -f * sp - s * fp;
         out->dada = -f * spp - 2 * sp * fp - s * fpp;

@@ -37,6 +37,10 @@ template <class F> double dist_falling(F c, double first, double second)
         at = c(top);
         if (at > 37.5 && at < 46)
             break;
+        if (!(at < 1e4)) {
+            top /= top > 4 ? 2 : 1.2;
+            continue;
+        }
         double slope = was > 0 && top != before ? std::log(at / was) / std::log(top / before) : 1.5;
         before = top;
         was = at;

@@ -9,7 +9,6 @@
 #include "data/dsa.h"
 #include "data/variables.h"
 #include "expr/parse.h"
-#include "interp/interp.h"
 #include "interp/messages.h"
 #include "output/fmt.h"
 #include "output/print.h"
@@ -45,13 +44,20 @@ int32_t one_variable(const char *text, int32_t *var)
     return 0;
 }
 
+// A word of at least min letters of full.
+bool word_is(const char *word, const char *full, size_t min)
+{
+    size_t n = strlen(word);
+    return n >= min && !strncmp(word, full, n);
+}
+
 int32_t read_vce(regjob *r, char *text)
 {
     char *state = nullptr;
     const char *kind = strtok_r(text, " ", &state), *rest = strtok_r(nullptr, "", &state);
     if (!kind)
         return error(RC_SYNTAX);
-    if (cmdcmp(kind, "cluster", 2)) {
+    if (word_is(kind, "cluster", 2)) {
         if (!rest)
             return error(RC_REQUIRED);
         r->vce = RV_CLUSTER;
@@ -59,7 +65,7 @@ int32_t read_vce(regjob *r, char *text)
     }
     if (rest)
         return errout(RC_SYNTAX, "vce() invalid\n");
-    if (cmdcmp(kind, "robust", 1))
+    if (word_is(kind, "robust", 1))
         r->vce = RV_ROBUST;
     else if (!strcmp(kind, "hc2"))
         r->vce = RV_HC2;

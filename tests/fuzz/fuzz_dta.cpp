@@ -4,6 +4,7 @@
 #include "core/state.h"
 #include "data/dsa_int.h"
 #include "data/dtafile.h"
+#include "data/dtaside.h"
 #include "interp/dm.h"
 #include "output/print.h"
 #include <cstdint>
@@ -40,6 +41,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *p, size_t n)
         start();
     if (ftruncate(fd, 0) || pwrite(fd, p, n, 0) != ssize_t(n))
         return 0;
+    {
+        dtaside side;
+        if (!side_load(path.c_str(), &side) && side_labels(&side, nullptr))
+            abort();
+    }
     dta_useopts use = {};
     int32_t rc = dta_use(path.c_str(), &use);
     check();

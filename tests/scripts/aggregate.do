@@ -36,3 +36,29 @@ list
 use `all', clear
 tally g [fweight=g]
 list
+* frequency weights give what the rows would give when written out; analytic weights of a
+* constant change nothing
+use `all', clear
+gen n = mod(_n, 4) + 1
+tempfile heavy
+quietly save `heavy'
+local stats (mean) m=x (sd) s=x (count) c=x (p50) md=x (p25) q=x (total) t=x (semean) e=x (iqr) i=x (max) b=x
+quietly expand n
+aggregate `stats', by(g)
+tempfile written
+rename (m s c md q t e i b) (m1 s1 c1 md1 q1 t1 e1 i1 b1)
+quietly save `written'
+use `heavy', clear
+aggregate `stats' [fweight=n], by(g)
+list, clean
+quietly merge 1:1 g using `written', noreport
+foreach v in m s c md q t e i b {
+	assert reldif(`v', `v'1) < 1e-12
+}
+use `heavy', clear
+gen two = 2
+aggregate `stats' [aweight=two]
+list, clean
+use `heavy', clear
+aggregate `stats'
+list, clean

@@ -92,3 +92,10 @@ quantiles q2 = x, groups(2) by(g)
 bysort g (x): list g x q2, clean
 compute words = count(s), by(g)
 assert words == 4
+* value labels are named for the variable; a failing function leaves nothing behind
+compute lab = group(g s), label
+label list lab
+capture noisily compute fails = cut(x), at(3 1)
+capture noisily compute fails = mean(s)
+capture confirm new variable fails
+assert _rc == 0

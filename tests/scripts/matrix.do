@@ -27,5 +27,5 @@ matrix dir
 capture noisily matrix X = A
 capture noisily matrix X = (1,2)*(1,2)
 capture noisily matrix X = inv((1,2\2,4))
-capture noisily matrix svd U W V = S
+matrix svd U W V = S
 matrix drop _all

@@ -25,8 +25,8 @@ lincom x - 2*z + 1
 return list
 estat ic
 estat vif
-estat hettest
-estat ovtest
+estat hetero
+estat reset
 estimates store full
 regress y x
 estimates store small
@@ -36,9 +36,9 @@ estimates restore full
 regress
 count if e(sample)
 describe, short
-nlcom _b[x]/_b[z]
-testnl _b[x]*_b[z] = -2
-estat hettest x z, iid
+nlincom _b[x]/_b[z]
+testnonlin _b[x]*_b[z] = -2
+estat hetero x z, iid
 capture test nosuch
 di _rc
 estimates stats full small

@@ -13,12 +13,13 @@ failed=0
 
 # session: runs lines from standard input, one every so often; ^C is a line "BREAK"
 session() {
-    while IFS= read -r line; do
+    # Slow on purpose: a busy machine with the sanitizers on needs a second to start.
+    { sleep 2; while IFS= read -r line; do
         case $line in
-            BREAK) sleep 0.6; printf '\003'; sleep 0.3 ;;
+            BREAK) sleep 1.2; printf '\003'; sleep 0.6 ;;
             *) printf '%s\n' "$line"; sleep 0.1 ;;
         esac
-    done | timeout 60 script -qec "$program -q" /dev/null | tr -d '\r' >out
+    done; } | timeout 90 script -qec "$program -q" /dev/null | tr -d '\r' >out
 }
 expect() {
     grep -q -- "$2" out && return
@@ -43,7 +44,7 @@ do loop
 BREAK
 BREAK
 display "level " 1
-nobreak sleep 900
+nobreak sleep 1700
 BREAK
 sleep 600
 capture sleep 100000

@@ -154,3 +154,17 @@ TEST(dates, reading)
     EXPECT_EQ(ovyhqmwd("2026h3", "yh", misval, 'h'), misval);
     EXPECT_EQ(ovyhqmwd("2026", "y", misval, 'y'), 2026);
 }
+
+// The codes of one letter, as older formats write them.
+TEST(Dates, OneLetterCodes)
+{
+    static const struct {
+        const char *codes, *want;
+    } rows[] = {{"D_m_CY", "04 Oct 2014"}, {"DlCY", "04oct2014"}, {"N/D/Y", "10/04/14"},
+                {"d_M_CY", "4 October 2014"}, {"CYJ", "2014277"}, {"DDMonCCYY", "04Oct2014"}};
+    for (auto &r : rows) {
+        char out[64];
+        dt_format(out, sizeof out, 20000, 'd', r.codes);
+        EXPECT_STREQ(out, r.want) << r.codes;
+    }
+}

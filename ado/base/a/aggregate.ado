@@ -1,7 +1,8 @@
 *! reduce the dataset to statistics of groups
 program aggregate
 	version 12.1
-	syntax anything(name=list id="list of statistics" equalok) [if] [in] [, BY(varlist) CW FAST]
+	syntax anything(name=list id="list of statistics" equalok) [if] [in] [fweight aweight/] ///
+		[, BY(varlist) CW FAST]
 	Targets `list'
 	local stats `s(stats)'
 	local sources `s(sources)'
@@ -18,7 +19,10 @@ program aggregate
 		exit 198
 	}
 	tempvar touse
-	mark `touse' `if' `in'
+	if "`weight'" != "" {
+		local weights [`weight'=`exp']
+	}
+	mark `touse' `if' `in' `weights'
 	if "`cw'" != "" {
 		markout `touse' `sources'
 	}
@@ -33,6 +37,10 @@ program aggregate
 		keep if `touse'
 		tempvar sequence
 		gen long `sequence' = _n
+		if "`weight'" != "" {
+			tempvar w
+			gen double `w' = `exp'
+		}
 		if "`by'" != "" {
 			local byoption by(`by')
 		}
@@ -41,7 +49,13 @@ program aggregate
 			tempvar result
 			local stat : word `i' of `stats'
 			local source : word `i' of `sources'
-			One `stat' `source' `result' `sequence' "`by'" "`byoption'"
+			if "`weight'" == "" | inlist("`stat'", "min", "max", "first", "last") {
+				One `stat' `source' `result' `sequence' "`by'" "`byoption'"
+			}
+			else {
+				Weighted `stat' `source' `result' `w' `weight' "`by'"
+			}
+			Describe `stat' `source' `result'
 			local results `results' `result'
 		}
 		if "`by'" == "" {
@@ -117,8 +131,6 @@ end
 program One
 	args stat source result sequence by byoption
 	local type : type `source'
-	local format : format `source'
-	local label : variable label `source'
 	if "`stat'" == "sum" {
 		local stat total
 	}
@@ -139,7 +151,6 @@ program One
 	}
 	else if "`stat'" == "count" {
 		_gcount long `result' = `source', `byoption'
-		local format %9.0g
 	}
 	else {
 		confirm numeric variable `source'
@@ -162,9 +173,85 @@ program One
 			replace `result' = `result' / sqrt(`n')
 		}
 	}
-	format `result' `format'
+end
+
+* Format and label tell where a result comes from
+program Describe
+	args stat source result
+	local format : format `source'
+	local label : variable label `source'
+	if "`stat'" == "count" {
+		local format %9.0g
+	}
 	if `"`label'"' == "" {
 		local label `source'
 	}
+	format `result' `format'
 	_label variable `result' `"(`stat') `label'"'
+end
+
+* Frequency weights count as so many observations; analytic weights are scaled so that they
+* sum to the number of observations of the group.
+program Weighted
+	args stat source result weight kind by
+	confirm numeric variable `source'
+	tempvar w sum n mean all
+	if "`by'" == "" {
+		gen byte `all' = 1
+		local by `all'
+	}
+	gen double `w' = `weight' if !missing(`source')
+	sort `by' `source'
+	by `by': gen double `sum' = sum(`w')
+	if regexm("`stat'", "^p[0-9]+$") | inlist("`stat'", "median", "iqr") {
+		if "`stat'" == "iqr" {
+			tempvar low
+			Wpctile `source' `low' `sum' 25 `by'
+			Wpctile `source' `result' `sum' 75 `by'
+			replace `result' = `result' - `low'
+			exit
+		}
+		Wpctile `source' `result' `sum' `=cond("`stat'" == "median", "50", substr("`stat'", 2, 2))' `by'
+		exit
+	}
+	by `by': replace `sum' = `sum'[_N]
+	by `by': gen double `n' = sum(`w' < .)
+	by `by': replace `n' = cond("`kind'" == "fweight", `sum', `n'[_N])
+	if "`stat'" == "count" {
+		gen double `result' = `n'
+		compress `result'
+		exit
+	}
+	by `by': gen double `mean' = sum(`w' * `source')
+	by `by': replace `mean' = `mean'[_N] / `sum'
+	if "`stat'" == "mean" {
+		gen double `result' = `mean'
+		exit
+	}
+	if inlist("`stat'", "total", "sum") {
+		gen double `result' = `mean' * `n'
+		exit
+	}
+	by `by': gen double `result' = sum(`w' * (`source' - `mean')^2)
+	by `by': replace `result' = `result'[_N] / `sum' * `n' / (`n' - 1)
+	if "`stat'" == "sd" {
+		replace `result' = sqrt(`result')
+	}
+	if "`stat'" == "semean" {
+		replace `result' = sqrt(`result' / `n')
+	}
+end
+
+* The value at which the running sum of weights passes p percent of it all; where it meets
+* them exactly, the mean of this value and the next
+program Wpctile
+	args source result sum p
+	macro shift 4
+	local by `*'
+	tempvar goal k
+	by `by': gen double `goal' = `sum'[_N] * `p' / 100
+	by `by': gen long `k' = sum(`sum' <= `goal' & !missing(`source'))
+	by `by': replace `k' = `k'[_N]
+	by `by': gen double `result' = cond(`sum'[`k'] == `goal', ///
+		(`source'[`k'] + `source'[`k' + 1]) / 2, `source'[`k' + 1])
 end

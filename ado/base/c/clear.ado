@@ -24,11 +24,17 @@ program clear
 	if `all' {
 		scalar drop _all
 	}
+	if "`what'" == "results" | `all' {
+		ereturn clear
+		Noresults
+	}
+	* last, for this program goes with the others
 	if inlist("`what'", "programs", "ado") | `all' {
 		program drop _allado
 	}
-	if "`what'" == "results" | `all' {
-		return clear
-		ereturn clear
-	}
+end
+
+* An r-class program that sets nothing leaves r() empty.
+program Noresults, rclass
+	return clear
 end

@@ -36,16 +36,16 @@ program compute, byable(onecall) sortpreserve
 	if "`prefix'`by'" != "" {
 		local groups by(`prefix'`by')
 	}
-	tempvar new
 	local how = cond("`type'" == "", "double", "`type'")
-	capture noisily _g`function' `how' `new' = (`arguments') `if' `in', `groups' `options'
+	capture noisily _g`function' `how' `name' = (`arguments') `if' `in', `groups' `options'
 	if _rc {
-		exit _rc
+		local rc = _rc
+		capture drop `name'
+		exit `rc'
 	}
 	if "`type'" == "" {
-		Smallest `new'
+		Smallest `name'
 	}
-	_rename `new' `name'
 	quietly count if missing(`name')
 	if r(N) {
 		local s = cond(r(N) == 1, "", "s")

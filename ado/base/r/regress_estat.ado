@@ -1,4 +1,4 @@
-*! statistics after regress: vif, hettest, ovtest
+*! statistics after regress: vif, hetero, reset
 program regress_estat, rclass
 	version 12.1
 	gettoken what rest : 0, parse(" ,")
@@ -6,11 +6,11 @@ program regress_estat, rclass
 	if "`what'" == "vif" {
 		Vif `rest'
 	}
-	else if "`what'" == substr("hettest", 1, max(4, `l')) {
-		Hettest `rest'
+	else if "`what'" == substr("hetero", 1, max(3, `l')) {
+		Hetero `rest'
 	}
-	else if "`what'" == substr("ovtest", 1, max(3, `l')) {
-		Ovtest `rest'
+	else if "`what'" == substr("reset", 1, max(3, `l')) {
+		Reset `rest'
 	}
 	else {
 		display as error "estat `what' not valid"
@@ -82,7 +82,7 @@ program Vif, rclass
 end
 
 * Breusch and Pagan (1979), Cook and Weisberg (1983): squared residuals on the fitted values or on variables.
-program Hettest, rclass
+program Hetero, rclass
 	syntax [varlist(default=none)] [, Rhs IID FSTAT Normal]
 	tempvar touse res fit
 	tempname hold
@@ -128,7 +128,7 @@ program Hettest, rclass
 end
 
 * Ramsey (1969): powers 2 to 4 of the fitted values, or of the regressors, added to the model.
-program Ovtest, rclass
+program Reset, rclass
 	syntax [, Rhs]
 	tempvar touse fit
 	tempname hold rss dfr

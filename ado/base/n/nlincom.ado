@@ -1,5 +1,5 @@
 *! nonlinear combinations of the coefficients, by the delta method
-program nlcom, rclass
+program nlincom, rclass
 	version 12.1
 	if `"`e(cmd)'"' == "" {
 		error 301

@@ -1,5 +1,5 @@
 *! test nonlinear hypotheses about the coefficients
-program testnl, rclass
+program testnonlin, rclass
 	version 12.1
 	if `"`e(cmd)'"' == "" {
 		error 301

@@ -1,5 +1,0 @@
-*! estat vif
-program vif
-	version 12.1
-	estat vif `0'
-end

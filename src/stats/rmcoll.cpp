@@ -1,0 +1,225 @@
+// stats/rmcoll.cpp - _rmcoll: takes the variables that follow from others out of a list.
+//
+//   _rmcoll varlist [if] [in] [weight] [, noconstant collinear forcedrop touse(var)
+//           logit probit ologit oprobit mlogit offset(var) ...]
+//
+// Leaves r(varlist) and r(k_omitted). With logit and probit the first variable is the outcome:
+// r(n0) and r(n1) are its weighted counts and r(b0) a constant to start from.
+#include "core/mem.h"
+#include "core/missing.h"
+#include "core/rc.h"
+#include "core/settings.h"
+#include "core/state.h"
+#include "data/variables.h"
+#include "interp/messages.h"
+#include "output/print.h"
+#include "stats/crossprod.h"
+#include "stats/normal.h"
+#include "stats/results.h"
+#include "stats/sweep.h"
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct rmcmd {
+    bool constant, collinear, force, expand, skipline, outcome, counts, probit;
+    int32_t offset = 0, touse = 0;
+    std::vector<int32_t> vars;  // the outcome first when there is one
+    std::vector<uint8_t> gone;
+    double n0 = 0, n1 = 0, offset_sum = 0;
+};
+
+int32_t option_var(const char *name, int32_t min, int32_t *var)
+{
+    char text[81];
+    if (!ti_pi_findargn(tokinfo, parinfo, name, min, text, 80, 1))
+        return 0;
+    int32_t v = ovata_findvar(text, 1, !ovata_varabbrev);
+    if (v < 0)
+        return -v;
+    if (t_isstr(_typlist[v - 1]))
+        return error(RC_TYPE);
+    *var = v;
+    return 0;
+}
+
+int32_t parse(rmcmd *c)
+{
+    parinfo->pi_in = parinfo->pi_if = parinfo->pi_opts = parinfo->pi_vlist = PI_OK;
+    parinfo->pi_blankall = 0;
+    parinfo->pi_wgt = PI_OK;
+    parinfo->pi_wgtmask = W_ALL4;
+    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    if (rc)
+        return rc;
+    if (parinfo->pi_hasexp)
+        pi_wgtdflt(parinfo, W_AW);
+    auto has = [](const char *word, int32_t min, int32_t dflt) {
+        return ti_pi_findopt(tokinfo, parinfo, word, min, dflt) != 0;
+    };
+    c->constant = has("constant", 4, 1);
+    c->collinear = has("collinear", 4, 0);
+    c->force = has("forcedrop", 5, 0);
+    c->expand = has("expand", 3, 0);
+    c->skipline = has("skipline", 4, 1);
+    c->probit = has("probit", 6, 0);
+    c->counts = has("logit", 5, 0) || c->probit;
+    c->outcome = c->counts;
+    for (const char *word : {"ologit", "oprobit", "mlogit"})
+        c->outcome |= has(word, 6, 0);
+    (void)has("asis", 4, 0);
+    double base;
+    (void)ti_pi_findoptv(tokinfo, parinfo, "baseoutcome", 4, &base, 1, 0);
+    if ((rc = option_var("offset", 3, &c->offset)) || (rc = option_var("touse", 5, &c->touse)))
+        return rc;
+    if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
+        return rc;
+    if (c->force && c->expand)
+        return errout(RC_SYNTAX, "only one of force or expand is allowed\n");
+    if (c->touse && _typlist[c->touse - 1] != T_BYTE)
+        return errout(RC_TYPE, "%s not byte\n", _varlist[c->touse - 1]);
+    for (int32_t i = 0; i < parinfo->pi_nvar; i++)
+        if (t_isstr(_typlist[parinfo->vl_vr[i] - 1]))
+            return error(RC_TYPE);
+    c->vars.assign(parinfo->vl_vr, parinfo->vl_vr + parinfo->pi_nvar);
+    c->gone.assign(c->vars.size(), 0);
+    return 0;
+}
+
+// Keeps the rows of the sample and counts the outcomes.
+void look(rmcmd *c, datarows *d)
+{
+    int32_t n = 0;
+    for (int32_t i = 0; i < d->n; i++) {
+        const double *x = d->x + i * d->ld;
+        if (c->touse && dsa_data(sysdsa, uint32_t(c->touse), uint32_t(d->obs[i])) != 1)
+            continue;
+        if (c->counts)
+            (x[0] != 0 ? c->n1 : c->n0) += d->w[i];
+        if (c->offset)
+            c->offset_sum += d->w[i] * dsa_data(sysdsa, uint32_t(c->offset), uint32_t(d->obs[i]));
+        if (n != i) {
+            std::copy(x, x + d->k, d->x + n * d->ld);
+            d->w[n] = d->w[i];
+        }
+        n++;
+    }
+    d->n = n;
+}
+
+int32_t reduce(rmcmd *c)
+{
+    auto k = int32_t(c->vars.size());
+    datarows d;
+    crossprod p;
+    int32_t rc = dr_open(&d, c->vars.data(), k);
+    if (rc || (rc = cp_open(&p, k, c->constant)))
+        return rc;
+    for (;;) {
+        if ((rc = dr_next(&d)))
+            return rc;
+        if (!d.n)
+            break;
+        look(c, &d);
+        cp_block(&p, &d);
+    }
+    cp_close(&p);
+    if (!p.n)
+        return errout(RC_NOOBS, "no observations\n");
+    int32_t first = c->outcome;
+    if (k > set_matsize)
+        return error(908);
+    struct freeblock {
+        void operator()(double *q) const { safefree(q); }
+    };
+    std::unique_ptr<double[], freeblock> a(
+        static_cast<double *>(safecalloc(sizeof(double) * size_t(k) * size_t(set_matsize))));
+    if (!a)
+        return errout(RC_NOMEM, "op. sys. refuses to provide memory\n");
+    for (int32_t i = 0; i < k; i++)
+        for (int32_t j = 0; j < k; j++)
+            a[int64_t(i) * set_matsize + j] = cp_el(&p, i, j);
+    if ((rc = matrin(a.get(), first, k - 1, -1)))
+        return rc;
+    for (int32_t j = first; j < k; j++)
+        if (a[int64_t(j) * set_matsize + j] == 0)
+            c->gone[size_t(j)] = cp_el(&p, j, j) == 0 ? 2 : 1;
+    return 0;
+}
+
+void tell(const rmcmd *c)
+{
+    outlev_keep keep(1);
+    const char *word = vernum < 1100 ? "dropped" : "omitted";
+    bool any = false, left = c->outcome;
+    for (size_t j = 0; j < c->vars.size(); j++) {
+        if (!c->gone[j]) {
+            left |= !c->outcome || j > 0;
+            continue;
+        }
+        if (!any && c->skipline)
+            newline();
+        any = true;
+        const char *name = _varlist[c->vars[j] - 1];
+        if (c->gone[j] == 2)
+            spout21f("note:  %s dropped because of zero variance\n", name);
+        else
+            spout21f("note: %s %s because of collinearity\n", name, word);
+    }
+    bool allzero = any && !left;
+    for (size_t j = 0; j < c->vars.size(); j++)
+        allzero &= c->gone[j] == 2;
+    if (allzero)
+        spout21("all variables dropped because of zero variance\n");
+}
+
+void post(const rmcmd *c)
+{
+    std::string list;
+    int32_t gone = 0;
+    for (size_t j = 0; j < c->vars.size(); j++) {
+        if (c->gone[j] || (c->outcome && !j)) {
+            gone += c->gone[j] != 0;
+            continue;
+        }
+        list += (list.empty() ? "" : " ") + std::string(_varlist[c->vars[j] - 1]);
+    }
+    retval_set_glocal("varlist", list.c_str());
+    retval_set_gscalar(gone, "k_omitted");
+    if (!c->counts)
+        return;
+    double n = c->n0 + c->n1, p = c->n1 / n, shift = c->offset ? c->offset_sum / n : 0;
+    retval_set_gscalar(c->n0, "n0");
+    retval_set_gscalar(c->n1, "n1");
+    double b0 = p > 0 && p < 1 ? c->probit ? ovinvnormal(p) : std::log(p / (1 - p)) : misval;
+    retval_set_gscalar(b0 < misval ? b0 - shift : misval, "b0");
+}
+
+}  // namespace
+
+int32_t rmcoll(int32_t);
+int32_t rmcoll(int32_t)
+{
+    rmcmd c = {};
+    int32_t rc = parse(&c);
+    if (rc)
+        return rc;
+    retval_clear();
+    if (c.vars.empty()) {
+        if (c.outcome)
+            return error(RC_TOOFEWVARS);
+        retval_set_gscalar(0, "k_omitted");
+        return 0;
+    }
+    if ((rc = reduce(&c)))
+        return rc;
+    if (c.collinear)
+        for (uint8_t &g : c.gone)
+            g = g == 2 ? 2 : 0;
+    tell(&c);
+    post(&c);
+    return stopflag;
+}
