@@ -79,8 +79,11 @@ int32_t append(dtaside *u, const appendopts &o)
     int32_t rc = join_wanted(&u->d, "keep", &wanted);
     if (!rc)
         rc = join_match(u, wanted, o.force, &list);
+    if (!rc)
+        rc = join_room(u, list, *o.source, u->d.N);
     if (rc)
         return rc;
+    int16_t sorted = _Kvar ? _srtlist[0] : int16_t(0);
     if (!(rc = join_ready(u, &list)) && !(rc = rows(u, list, N)) && *o.source)
         rc = add_source(o.source, N);
     if (rc) {
@@ -88,6 +91,8 @@ int32_t append(dtaside *u, const appendopts &o)
         dsa_truncate_obs(sysdsa, uint32_t(N));
         dsa_truncate_var(sysdsa, uint32_t(K), true);
         _i_Kvar = _Kvar;
+        if (K)
+            _srtlist[0] = sorted;
         return rc;
     }
     s_updata = newdata = true;

@@ -80,7 +80,10 @@ int32_t make_rows()
     int32_t N = _Nobs, to = N;
     if (e.added > 2147483646 - int64_t(N))
         return error(RC_NOOBSROOM);
-    int32_t rc = e.added ? dsa_add_obs(sysdsa, e.added, false) : 0;
+    // Room for all of it first, so that a refusal leaves no half of it behind.
+    int32_t rc = dsa_alloc(sysdsa, *e.flag != 0, *e.flag != 0, e.added);
+    if (!rc && e.added)
+        rc = dsa_add_obs(sysdsa, e.added, false);
     if (rc)
         return rc;
     for (int32_t obs = 1; obs <= N; obs++)

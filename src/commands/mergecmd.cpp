@@ -596,16 +596,20 @@ int32_t merge(mergecmd_t *m)
     std::vector<joinvar> keys;
     for (const mergekey &k : m->key)
         keys.push_back({k.side, k.var, false});
-    // Widening the keys may move variables within a row, not the values compared.
-    if (!(rc = join_ready(&m->u, &keys)) && !(rc = join_ready(&m->u, &m->list)))
-        fill_master_keys(m);
-    if (!rc && !(rc = walk(m, &add, &partner)) && !(rc = add_rows(m, add)) &&
-        !(rc = fill(m, add, partner)))
+    // Nothing of memory changes before the walk is done and there is room for all it asks.
+    if ((rc = walk(m, &add, &partner)) ||
+        (rc = join_room(&m->u, m->list, m->gen, int64_t(add.size()))))
+        return rc;
+    int16_t sorted = _Kvar ? _srtlist[0] : int16_t(0);
+    if (!(rc = join_ready(&m->u, &keys)) && !(rc = join_ready(&m->u, &m->list)) &&
+        !(rc = add_rows(m, add)) && !(rc = fill(m, add, partner)))
         rc = make_flag(m);
     if (rc) {
         dsa_truncate_obs(sysdsa, uint32_t(m->N0));
         dsa_truncate_var(sysdsa, uint32_t(K), true);
         _i_Kvar = _Kvar;
+        if (K)
+            _srtlist[0] = sorted;
         return rc;
     }
     s_updata = newdata = true;

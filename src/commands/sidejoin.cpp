@@ -82,6 +82,17 @@ static int32_t make(const dtaside *s, joinvar *v)
     return putvarlab(v->var, d->varlabs[v->side]);
 }
 
+int32_t join_room(const dtaside *s, const std::vector<joinvar> &list, bool flag, int64_t rows)
+{
+    int64_t n = flag, width = flag;
+    for (const joinvar &v : list)
+        if (v.fresh) {
+            n++;
+            width += dsa_bytlenc(s->type[size_t(v.side)]);
+        }
+    return dsa_alloc(sysdsa, n, width, rows);
+}
+
 int32_t join_ready(const dtaside *s, std::vector<joinvar> *list)
 {
     int32_t rc;

@@ -16,6 +16,10 @@ struct joinvar {
 // on the other is r(106), or with force leaves the file's out.
 [[nodiscard]] int32_t join_match(const dtaside *s, const std::vector<uint8_t> &wanted, bool force,
                                  std::vector<joinvar> *list);
+// Room for the new variables, a flag when there is to be one, and so many rows, so that a join
+// without room is refused before anything has changed.
+[[nodiscard]] int32_t join_room(const dtaside *s, const std::vector<joinvar> &list, bool flag,
+                                int64_t rows);
 // Widens what is there and makes what is new, missing in every row.
 [[nodiscard]] int32_t join_ready(const dtaside *s, std::vector<joinvar> *list);
 // Characteristics memory does not have; notes of the file's dataset behind those of memory.
