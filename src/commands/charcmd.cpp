@@ -33,7 +33,7 @@ int32_t take_owner(const char *word, char *owner)
         strcut(owner, 33, word);
         return 0;
     }
-    return unab_var(word, owner);
+    return *word ? unab_var(word, owner) : error(RC_SYNTAX);
 }
 
 // owner[name]; the name may be empty when every one is meant.

@@ -5,9 +5,8 @@
 //
 // Numbers stand as they are displayed, in columns; texts in quotes. Lines are folded at 80
 // columns unless wide; with comma there are no columns and a missing value is empty.
-#include "core/clock.h"
+#include "commands/textdata.h"
 #include "core/files.h"
-#include "core/mem.h"
 #include "core/missing.h"
 #include "core/rc.h"
 #include "core/state.h"
@@ -18,7 +17,6 @@
 #include "output/fmt.h"
 #include <cstring>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -100,8 +98,9 @@ void pad(const outcmd *o, std::string *s, int32_t var, bool isquoted)
         s->insert(left ? s->size() : 0, width - s->size(), ' ');
 }
 
-void row(const outcmd *o, std::string *out, int32_t obs)
+void row(const void *arg, std::string *out, int32_t obs)
 {
+    const outcmd *o = static_cast<const outcmd *>(arg);
     std::string s;
     size_t at = 0;  // columns used of the line
     for (int32_t i = 0; i < parinfo->pi_nvar; i++) {
@@ -148,28 +147,6 @@ void dictionary(const outcmd *o, std::string *out)
     *out += "}\n";
 }
 
-int32_t write_all(const outcmd *o, int32_t fd)
-{
-    std::string out;
-    wrinit();
-    if (o->dict)
-        dictionary(o, &out);
-    for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if (!selobs(obs))
-            continue;
-        row(o, &out, obs);
-        if (out.size() > 1 << 16) {
-            if (wr(fd, out.data(), int64_t(out.size())))
-                return RC_DISKFULL;
-            out.clear();
-            progress("writing", double(obs) / parinfo->pi_obs2);
-            if (fault_poll())
-                return stopflag;
-        }
-    }
-    return wr(fd, out.data(), int64_t(out.size())) ? RC_DISKFULL : 0;
-}
-
 }  // namespace
 
 int32_t outfilecmd(int32_t);
@@ -182,13 +159,8 @@ int32_t outfilecmd(int32_t)
     // A dictionary is read line by line, so its rows are not folded.
     o.wide |= o.dict;
     std::string file = path_addext(parinfo->pi_using_name, o.dict ? ".dct" : ".raw");
-    int32_t fd = ov_open(file.c_str(), o.replace ? OV_REPLACE : OV_CREATE);
-    if (fd < 0)
-        return fierr(-fd, file.c_str());
-    rc = write_all(&o, fd);
-    ov_close(fd);
-    progress_end();
-    if (rc)
-        unlink(path_expand(file).c_str());
-    return rc == RC_DISKFULL ? fierr(rc, file.c_str()) : rc;
+    std::string head;
+    if (o.dict)
+        dictionary(&o, &head);
+    return text_save(file, o.replace, head, row, &o);
 }

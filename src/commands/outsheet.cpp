@@ -2,9 +2,8 @@
 //
 // Numbers are written with as few digits as read back the same; dates by their formats;
 // labelled values by their labels unless nolabel. System missing is an empty field.
-#include "core/clock.h"
+#include "commands/textdata.h"
 #include "core/files.h"
-#include "core/mem.h"
 #include "core/missing.h"
 #include "core/numtext.h"
 #include "core/rc.h"
@@ -17,7 +16,6 @@
 #include "output/print.h"
 #include <cstring>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -97,37 +95,26 @@ void put_cell(const outcmd *o, std::string *line, int32_t var, int32_t obs)
     *line += buf;
 }
 
-int32_t write_all(const outcmd *o, int32_t fd)
+std::string heading(const outcmd *o)
 {
     std::string line;
-    wrinit();
-    if (o->names) {
-        for (int32_t i = 0; i < parinfo->pi_nvar; i++) {
-            if (i)
-                line += o->delim;
-            line += _varlist[parinfo->vl_vr[i] - 1];
-        }
-        line += '\n';
+    for (int32_t i = 0; o->names && i < parinfo->pi_nvar; i++) {
+        if (i)
+            line += o->delim;
+        line += _varlist[parinfo->vl_vr[i] - 1];
     }
-    for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if (!selobs(obs))
-            continue;
-        for (int32_t i = 0; i < parinfo->pi_nvar; i++) {
-            if (i)
-                line += o->delim;
-            put_cell(o, &line, parinfo->vl_vr[i], obs);
-        }
-        line += '\n';
-        if (line.size() > 1 << 16) {
-            if (wr(fd, line.data(), int64_t(line.size())))
-                return RC_DISKFULL;
-            line.clear();
-            progress("writing", double(obs) / parinfo->pi_obs2);
-            if (fault_poll())
-                return stopflag;
-        }
+    return o->names ? line + '\n' : line;
+}
+
+void put_row(const void *arg, std::string *line, int32_t obs)
+{
+    const outcmd *o = static_cast<const outcmd *>(arg);
+    for (int32_t i = 0; i < parinfo->pi_nvar; i++) {
+        if (i)
+            *line += o->delim;
+        put_cell(o, line, parinfo->vl_vr[i], obs);
     }
-    return wr(fd, line.data(), int64_t(line.size())) ? RC_DISKFULL : 0;
+    *line += '\n';
 }
 
 }  // namespace
@@ -140,13 +127,5 @@ int32_t outsheet(int32_t)
     if (rc)
         return rc;
     std::string file = path_addext(parinfo->pi_using_name, o.delim == ',' ? ".csv" : ".out");
-    int32_t fd = ov_open(file.c_str(), o.replace ? OV_REPLACE : OV_CREATE);
-    if (fd < 0)
-        return fierr(-fd, file.c_str());
-    rc = write_all(&o, fd);
-    ov_close(fd);
-    progress_end();
-    if (rc)
-        unlink(path_expand(file).c_str());
-    return rc == RC_DISKFULL ? fierr(rc, file.c_str()) : rc;
+    return text_save(file, o.replace, heading(&o), put_row, &o);
 }

@@ -165,10 +165,14 @@ void show_taub(const table &t, const pairs &p)
 
 constexpr size_t most_states = 3000000;
 
+struct dealt {
+    double ways, weight;  // tables dealt so far, and the logarithm that they share
+};
 struct exactjob {
     std::vector<double> lnfact;
     typedef std::vector<int32_t> totals;
-    std::map<totals, std::map<int64_t, double>> now, next;  // remaining totals: weight, ways
+    typedef std::map<int64_t, dealt> weights;  // by their points of the grid
+    std::map<totals, weights> now, next;       // by what remains of the row totals
     size_t states = 0;
 };
 
@@ -176,7 +180,7 @@ struct exactjob {
 constexpr double grid = 1e9;
 
 bool deal(exactjob *x, const exactjob::totals &left, size_t i, int32_t rest, int32_t room,
-          exactjob::totals *taken, double weight, const std::map<int64_t, double> &from)
+          exactjob::totals *taken, double weight, const exactjob::weights &from)
 {
     if (i + 1 == left.size()) {
         if (rest > left[i])
@@ -189,8 +193,9 @@ bool deal(exactjob *x, const exactjob::totals &left, size_t i, int32_t rest, int
         double w = weight - x->lnfact[size_t(rest)];
         auto &to = x->next[key];
         for (const auto &f : from) {
-            auto [at, made] = to.try_emplace(f.first + int64_t(std::llround(w * grid)), 0);
-            at->second += f.second;
+            double sum = f.second.weight + w;
+            auto [at, made] = to.try_emplace(int64_t(std::llround(sum * grid)), dealt{0, sum});
+            at->second.ways += f.second.ways;
             x->states += made;
         }
         return x->states < most_states && !fault_poll();
@@ -213,7 +218,7 @@ int32_t fisher(const table &t, double *p)
         x.lnfact[i] = x.lnfact[i - 1] + std::log(double(i));
     exactjob::totals rows(t.row.begin(), t.row.end());
     std::sort(rows.begin(), rows.end());
-    x.now[rows][0] = 1;
+    x.now[rows][0] = {1, 0};
     std::vector<double> cols(t.col);
     std::sort(cols.rbegin(), cols.rend());
     for (double c : cols) {
@@ -239,8 +244,8 @@ int32_t fisher(const table &t, double *p)
         own -= x.lnfact[size_t(t.cells[i])];
     *p = 0;
     for (const auto &w : x.now.begin()->second)
-        if (double(w.first) / grid <= own + 1e-7)
-            *p += w.second * std::exp(double(w.first) / grid + fixed);
+        if (w.second.weight <= own + 1e-7)
+            *p += w.second.ways * std::exp(w.second.weight + fixed);
     *p = std::min(*p, 1.0);
     return 0;
 }

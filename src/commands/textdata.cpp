@@ -1,11 +1,14 @@
 #include "commands/textdata.h"
+#include "core/clock.h"
 #include "core/files.h"
 #include "core/mem.h"
 #include "core/numtext.h"
 #include "core/rc.h"
 #include "core/state.h"
+#include "expr/parse.h"
 #include "interp/messages.h"
 #include <cstring>
+#include <unistd.h>
 
 textfile::~textfile() { safefree(text); }
 
@@ -161,4 +164,38 @@ bool text_number(const textfield *f, double *z)
     if (!f->n)
         return false;
     return plain_number(f->at, f->at + f->n, z) || !cnvstozn(f->at, f->n, z);
+}
+
+static int32_t write_rows(int32_t fd, const std::string &head, textrow row, const void *arg)
+{
+    std::string out = head;
+    wrinit();
+    for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
+        if (!selobs(obs))
+            continue;
+        row(arg, &out, obs);
+        if (out.size() > 1 << 16) {
+            if (wr(fd, out.data(), int64_t(out.size())))
+                return RC_DISKFULL;
+            out.clear();
+            progress("writing", double(obs) / parinfo->pi_obs2);
+            if (fault_poll())
+                return stopflag;
+        }
+    }
+    return wr(fd, out.data(), int64_t(out.size())) ? RC_DISKFULL : 0;
+}
+
+int32_t text_save(const std::string &file, bool replace, const std::string &head, textrow row,
+                  const void *arg)
+{
+    int32_t fd = ov_open(file.c_str(), replace ? OV_REPLACE : OV_CREATE);
+    if (fd < 0)
+        return fierr(-fd, file.c_str());
+    int32_t rc = write_rows(fd, head, row, arg);
+    ov_close(fd);
+    progress_end();
+    if (rc)
+        unlink(path_expand(file).c_str());
+    return rc == RC_DISKFULL ? fierr(rc, file.c_str()) : rc;
 }

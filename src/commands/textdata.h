@@ -7,6 +7,7 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 // The whole of a text file, with every line end made LF. RAII.
 struct textfile {
@@ -37,3 +38,9 @@ textfield text_field(char **p, char *end, char delim);
 
 // A number by the field's whole text; false when it is not one. Empty is no number.
 bool text_number(const textfield *f, double *z);
+
+// Writes a text file: the head, then what row appends for each observation the parse selects.
+// A break or a failed write removes the file. 0, 1, or a file code with its words.
+using textrow = void (*)(const void *arg, std::string *out, int32_t obs);
+[[nodiscard]] int32_t text_save(const std::string &file, bool replace, const std::string &head,
+                                textrow row, const void *arg);

@@ -39,6 +39,11 @@ static vltable *fail(int32_t why)
     return nullptr;
 }
 
+static vltable *refused()
+{
+    return fail(errout(RC_DMMEM, "op. sys. refuses to provide memory\n"));
+}
+
 vltable *vlfind(const char *name)
 {
     char cut[33];
@@ -235,7 +240,7 @@ vltable *vlbuild(const char *name, const vlpair *pairs, int32_t n)
 {
     auto order = static_cast<int32_t *>(safemalloc(size_t(n) * 4 + 4));
     if (!order)
-        return fail(RC_DMMEM);
+        return refused();
     for (int32_t i = 0; i < n; i++)
         order[i] = i;
     std::sort(order, order + n, [pairs](int32_t a, int32_t b) {
@@ -262,7 +267,7 @@ vltable *vlbuild(const char *name, const vlpair *pairs, int32_t n)
         if (!where) {
             dmrm(t);
             safefree(order);
-            return fail(RC_DMMEM);
+            return refused();
         }
         for (int32_t i = 0; i < kept; i++) {
             const char *text = pairs[order[i]].text;

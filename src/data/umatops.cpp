@@ -6,6 +6,7 @@
 // becomes zeros.
 #include "core/mem.h"
 #include "core/missing.h"
+#include "core/rc.h"
 #include "core/settings.h"
 #include "data/umat.h"
 #include "interp/messages.h"
@@ -49,7 +50,9 @@ static int32_t work_make(work *w, int32_t rows, int32_t cols)
     w->el = umat_scratch ? block<double>(umat_scratch) : take<double>(int64_t(rows) * cols);
     w->row = take<umatname>(rows);
     w->col = take<umatname>(cols);
-    return w->el && w->row && w->col ? 0 : error(950);
+    return w->el && w->row && w->col
+               ? 0
+               : errout(RC_DMMEM, "op. sys. refuses to provide memory\n");
 }
 
 static void names(umatname *to, const umatname *from, int32_t n)
@@ -317,7 +320,7 @@ static int32_t syminv(work *w, const matref *a)
     int32_t n = w->rows;
     block<double> first = take<double>(n);
     if (!first)
-        return error(950);
+        return errout(RC_DMMEM, "op. sys. refuses to provide memory\n");
     for (int32_t i = 0; i < n; i++) {
         first[i] = w->at(i, i);
         if (first[i] < 0)
@@ -359,7 +362,7 @@ static int32_t inverse(work *w, const matref *a)
     int32_t n = w->rows;
     block<int32_t> piv = take<int32_t>(n);
     if (!piv)
-        return error(950);
+        return errout(RC_DMMEM, "op. sys. refuses to provide memory\n");
     for (int32_t k = 0; k < n; k++) {
         int32_t p = piv[k] = pivot_row(w, k);
         if (w->at(p, k) == 0)

@@ -382,9 +382,12 @@ static bool special_result(const char *name)
 {
     if (!strcmp(name, "sample")) {
         int32_t var = lastest && *esamplename ? sysfindvar(esamplename) : 0;
-        if (var > 0)
+        if (var > 0) {  // observations that came later hold missing there
             comp_variable(var);
-        else
+            push_num(1);
+            emit(OP_EQ);
+            pop();
+        } else
             push_num(0);
         return true;
     }

@@ -141,6 +141,8 @@ int32_t extended_error(int32_t rc)
     case 170:
         words(3, "unable to chdir");
         return rc;
+    case 301:
+        return regrnotfound();
     case 601: case 602: case 603: case 608: case 609: case 610: case 688: case 692: case 693:
     case 699:
         (void)fierr(rc, "");

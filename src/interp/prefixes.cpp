@@ -167,17 +167,7 @@ static int32_t version_options(bool *missing)
 // The first ':' outside quotes and parentheses, or null.
 static char *find_colon(char *p)
 {
-    bool open;
-    while (*p && *p != ':') {
-        if (*p == '"')
-            p = psimplequotes(p, &open);
-        else if (*p == '`' && p[1] == '"')
-            p = pcompoundquotes(p, &open);
-        else if (*p == '(' || *p == '[')
-            p = pbrackets(p, &open);
-        else
-            p++;
-    }
+    p = pfindoutside(p, ':');
     return *p ? p : nullptr;
 }
 

@@ -61,29 +61,12 @@ static int32_t exit_options(bool toplevel, bool *clear, bool *leave)
     return ti_pi_chkopt(tokinfo, parinfo);
 }
 
-// The comma that begins the options, outside quotes and brackets; or the end.
-static char *options_at(char *p)
-{
-    bool open;
-    while (*p && *p != ',') {
-        if (*p == '"')
-            p = psimplequotes(p, &open);
-        else if (*p == '`' && p[1] == '"')
-            p = pcompoundquotes(p, &open);
-        else if (*p == '(' || *p == '[')
-            p = pbrackets(p, &open);
-        else
-            p++;
-    }
-    return p;
-}
-
 // exit [#] [, clear OVATA prefs]
 int32_t goexit(int32_t)
 {
     bool clear = false, leave = false;
     bool toplevel = !ovata_level && !dofilep;
-    char *from = ti_wheretok(tokinfo), *comma = options_at(from);
+    char *from = ti_wheretok(tokinfo), *comma = pfindoutside(from, ',');
     std::string text(from, comma);
     int32_t code = 0, rc;
     pi_resetopt(parinfo);

@@ -411,6 +411,15 @@ int32_t wrong(const synoption &o)
     return errout(RC_SYNTAX, "option %s() incorrectly specified\n", o.name.c_str());
 }
 
+// A level is written into headings, so it takes the short text: 99.9 and no further digits.
+void number_text(const synoption &o, double z, char (&num)[32])
+{
+    if (o.type == SO_CILEVEL)
+        fmtnumtrim(num, sizeof num, z, "%9.0g");
+    else
+        mac_numtext(z, num);
+}
+
 int32_t store_number(const synoption &o, const str &arg)
 {
     double z;
@@ -420,7 +429,7 @@ int32_t store_number(const synoption &o, const str &arg)
         return wrong(o);
     if (o.type == SO_CILEVEL && (z < 10 || z > 99.99))
         return errout(RC_SYNTAX, "level() must be between 10 and 99.99 inclusive\n");
-    mac_numtext(z, num);
+    number_text(o, z, num);
     return set_local(o.local, num);
 }
 
@@ -540,7 +549,7 @@ int32_t options(const synpattern &p, const typed &t)
                           o.type == SO_ON || o.type == SO_OFF ? "" : "()");
         char num[32];
         if (o.hasdefault || o.type == SO_CILEVEL) {
-            mac_numtext(o.hasdefault ? o.dflt : set_level, num);
+            number_text(o, o.hasdefault ? o.dflt : set_level, num);
             rc = set_local(o.local, num);
         }
     }

@@ -121,6 +121,8 @@ int32_t element(reader *r, bool optional, synpattern *p)
     synkind kind = kind_of(w);
     if (kind != SY_NONE)
         return main_part(r, kind, optional, p);
+    if ((w == "if" && p->if_) || (w == "in" && p->in) || (w == "using" && p->using_))
+        return bad();
     if (w == "if") {
         p->if_ = need;
         p->ifbare = slash(r);

@@ -53,6 +53,18 @@ const char *skip_quoted(const char *p, size_t *delim)
 
 bool isquote(const char *p) { return *p == '"' || (p[0] == '`' && p[1] == '"'); }
 
+// Behind a stretch in brackets that the options keep together; null when none starts here.
+const char *bound_end(const how &h, const char *p)
+{
+    if (*p == '(')
+        return h.match || h.bind ? syn_closeparen(p) : nullptr;
+    if (*p != '[' || !h.bind)
+        return nullptr;
+    bool open;
+    const char *end = pbrackets(const_cast<char *>(p), &open);
+    return open ? nullptr : end;
+}
+
 // One token: a parse character alone, a quoted string, or what stands before the next of them.
 bool next_piece(const char *p, const how &h, piece *out)
 {
@@ -70,13 +82,11 @@ bool next_piece(const char *p, const how &h, piece *out)
         out->next = end;
         return true;
     }
-    if ((h.match || h.bind) && *p == '(') {
-        if (const char *end = syn_closeparen(p)) {
-            out->paren = h.match;
-            out->text = h.match ? str(p + 1, end - 1) : str(p, end);
-            out->next = end;
-            return true;
-        }
+    if (const char *end = bound_end(h, p)) {
+        out->paren = h.match && *p == '(';
+        out->text = out->paren ? str(p + 1, end - 1) : str(p, end);
+        out->next = end;
+        return true;
     }
     if (h.parse.find(*p) != str::npos) {
         out->text = *p;
@@ -85,7 +95,7 @@ bool next_piece(const char *p, const how &h, piece *out)
     }
     const char *b = p;
     while (*p && h.parse.find(*p) == str::npos) {
-        const char *end = h.bind && *p == '(' ? syn_closeparen(p) : nullptr;
+        const char *end = h.bind ? bound_end(h, p) : nullptr;
         p = end ? end : isquote(p) ? skip_quoted(p, &delim) : p + 1;
     }
     out->text = str(b, p);

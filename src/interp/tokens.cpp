@@ -352,6 +352,22 @@ char *pbrackets(char *p, bool *open)
     return p;
 }
 
+char *pfindoutside(char *p, char ch)
+{
+    bool open;
+    while (*p && *p != ch) {
+        if (*p == '"')
+            p = psimplequotes(p, &open);
+        else if (*p == '`' && p[1] == '"')
+            p = pcompoundquotes(p, &open);
+        else if (*p == '(' || *p == '[')
+            p = pbrackets(p, &open);
+        else
+            p++;
+    }
+    return p;
+}
+
 int32_t ti_parse_quoted_string(toktype *ti, char *text, char **start, char **end, char **next)
 {
     *start = *end = *next = nullptr;

@@ -64,6 +64,8 @@ void ti_dumptok(const toktype *ti);
 char *pcompoundquotes(char *p, bool *open);
 char *psimplequotes(char *p, bool *open);
 char *pbrackets(char *p, bool *open);
+// The first ch outside quotes and brackets from p on, or the end of the text.
+char *pfindoutside(char *p, char ch);
 
 // Locates one quoted string at text, or at lc_ptr when text is null: start and end of its
 // inside, and next behind its delimiter. Returns 0, or 1 with all three null. With a null

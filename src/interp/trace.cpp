@@ -30,12 +30,12 @@ static void lead(char mark)
     spout21(text);
 }
 
-void trace_line(const char *text)
+static void trace_text(char mark, const char *text)
 {
     if (!traced())
         return;
     outlev_keep level(1);
-    lead('-');
+    lead(mark);
     if (*text == ' ')
         text++;
     if (set_traceindent)
@@ -45,20 +45,8 @@ void trace_line(const char *text)
     spout21("\n");
 }
 
-void trace_expanded(const char *text)
-{
-    if (!traced())
-        return;
-    outlev_keep level(1);
-    lead('=');
-    if (*text == ' ')
-        text++;
-    if (set_traceindent)
-        for (int32_t i = 0; i < pgm_indent && i < 40; i++)
-            spout21(" ");
-    spout21(text);
-    spout21("\n");
-}
+void trace_line(const char *text) { trace_text('-', text); }
+void trace_expanded(const char *text) { trace_text('=', text); }
 
 static void divider(const char *what, const char *name)
 {

@@ -1,7 +1,7 @@
 // stats/distinv.cpp - inverses of the incomplete gamma and beta functions.
 //
 //   starts     E. B. Wilson and M. M. Hilferty (1931) for gamma; Abramowitz and Stegun
-//              26.5.22 for beta; the leading power where a parameter is small
+//              26.5.22 for beta, 26.7.5 for t; the leading power where a parameter is small
 //   steps      Newton on the logarithm of the tail over log x (over the log odds): the tail is
 //              log-concave there, so that the steps come in from one side
 #include "core/missing.h"
@@ -118,10 +118,25 @@ double invgammaptail2(double a, double p) { return inv_gamma(a, p, true); }
 
 // ---- beta
 
+// Student's t from the normal, Abramowitz and Stegun 26.7.5; 0 where that is far off. p is
+// both tails of t when outer, else what lies between them.
+static double t_start(double df, double p, bool outer)
+{
+    double z = outer ? -ovinvnormal(p / 2) : ovinvnormal(0.5 + p / 2), sq = z * z;
+    if (!(sq < 3 * df && df > 2))
+        return 0;
+    return z * (1 + (sq + 1 + ((5 * sq + 16) * sq + 3) / (24 * df)) / (4 * df));
+}
+
 // The odds to begin with.
 static double beta_start(const target *g)
 {
     double a = g->a, b = g->b;
+    if (a == 0.5 || b == 0.5) {
+        double df = 2 * (a == 0.5 ? b : a), t = t_start(df, g->p, g->upper == (a == 0.5));
+        if (t > 0 && t < 1e100)
+            return a == 0.5 ? t * t / df : df / (t * t);
+    }
     if (a > 0.6 && b > 0.6) {
         double z = ovinvnormal(g->p), ra = 1 / (2 * a - 1), rb = 1 / (2 * b - 1);
         z = g->upper ? -z : z;

@@ -47,13 +47,23 @@ static bool part(const mixture *m, double j, double *z)
     return true;
 }
 
+// The weight of j, in extended range: in the tails it may lie below the smallest double.
+static wide weight(const mixture *m, double j)
+{
+    return std::exp(-dist_lnfac_rest(j) - dist_deviance(j, m->mean, m->mean - wide(j)));
+}
+
 // Weight times part at j.
-static bool product(const mixture *m, double j, double *out)
+static bool product(const mixture *m, double j, wide *out)
 {
     double z;
+    if (m->kind == 'd') {
+        *out = weight(m, j) * std::exp(front(m, j));
+        return true;
+    }
     if (!part(m, j, &z))
         return false;
-    *out = dist_poisson_term(j, m->mean) * z;
+    *out = weight(m, j) * z;
     return true;
 }
 
@@ -61,10 +71,14 @@ static bool product(const mixture *m, double j, double *out)
 static bool peak(const mixture *m, double low, double high, double *at)
 {
     while (low < high) {
-        double mid = std::floor((low + high) / 2), z, next;
+        double mid = std::floor((low + high) / 2);
+        wide z, next;
         if (!product(m, mid, &z) || !product(m, mid + 1, &next) || fault_poll())
             return false;
-        if (next > z)
+        bool rises = next > z;
+        if (z == 0 && next == 0)  // underflow: of weights far from their mode, or of the parts
+            rises = weight(m, mid) == 0 ? mid < m->mean : m->kind == 'u';
+        if (rises)
             low = mid + 1;
         else
             high = mid;
@@ -74,10 +88,10 @@ static bool peak(const mixture *m, double low, double high, double *at)
 }
 
 // The first j on the way in steps of dir from the peak where the product no longer counts.
-static bool far_end(const mixture *m, double from, double dir, double least, double *at)
+static bool far_end(const mixture *m, double from, double dir, wide least, double *at)
 {
     double j = from, step = 8;
-    for (double z = HUGE_VAL; z > least; step *= 1.5) {
+    for (wide z = HUGE_VAL; z > least; step *= 1.5) {
         j = std::fmax(0, j + dir * std::floor(step));
         if (j == 0 && dir < 0)
             break;
@@ -90,19 +104,19 @@ static bool far_end(const mixture *m, double from, double dir, double least, dou
 
 static double mix(const mixture *m)
 {
-    double mode = std::floor(m->mean), spread = std::sqrt(m->mean) * 40 + 800, at, z;
+    double mode = std::floor(m->mean), spread = std::sqrt(m->mean) * 200 + 5000, at, z;
     bool down = m->kind == 'c' || m->kind == 'b';  // parts fall with j, and add on the way down
-    if (!peak(m, down ? 0 : std::fmax(0, mode - spread), down ? mode : mode + spread, &at)
-        || !product(m, at, &z))
+    wide most;
+    if (!peak(m, m->kind == 'u' ? mode : 0, down ? mode : mode + spread, &at)
+        || !product(m, at, &most))
         return misval;
-    double first, last, least = z * 1e-21;
+    double first, last;
+    wide least = most * 1e-21L;
     if (!far_end(m, at, down ? 1 : -1, least, &first) || !far_end(m, at, down ? -1 : 1, least, &last)
         || !part(m, first, &z))
         return misval;
-    // In extended range: the weight may lie far below the smallest double.
-    wide w = std::exp(-dist_lnfac_rest(first) - dist_deviance(first, m->mean, m->mean - wide(first)));
-    wide sum = 0, value = z;
-    wide term = std::exp(front(m, first));
+    wide w = weight(m, first), sum = 0, term = std::exp(front(m, first));
+    wide value = m->kind == 'd' ? term : wide(z);
     if (m->kind != 'd')
         term /= m->a + first;
     for (double j = first;; j += down ? -1 : 1) {
@@ -127,7 +141,7 @@ static double mix(const mixture *m)
             w *= m->mean / (j + 1);
         }
     }
-    return double(sum);
+    return m->kind == 'd' ? double(sum) : std::fmin(1, double(sum));
 }
 
 // Without noncentrality there is one part.

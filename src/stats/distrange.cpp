@@ -34,9 +34,9 @@ static double over_range(double h, double k, double from, double to, double whol
     auto f = [=](double c) { return over_angle(h, k, c); };
     double mid = (from + to) / 2, left = dist_rule(f, from, mid), right = dist_rule(f, mid, to);
     double both = left + right;
-    if (depth >= 40 || (depth >= 2 && std::fabs(both - whole) <= std::fmax(least, 2e-16 * both)))
+    if (depth >= 40 || (depth >= 2 && std::fabs(both - whole) <= std::fmax(least, 1e-13 * both)))
         return both;
-    least = std::fmax(least, both * 1e-17);
+    least = std::fmax(least, both * 1e-16);
     return over_range(h, k, from, mid, left, least, depth + 1)
            + over_range(h, k, mid, to, right, least, depth + 1);
 }
@@ -122,7 +122,7 @@ static double over_scale(double (*f)(double k, double w), double k, double df, d
         return f(k, x);
     // log of the density over u = log s, less its value at 0: df (u - expm1(2u)/2)
     auto ln = [=](double u) { return -df / 2 * dist_exp_rest(2 * u); };
-    double spread = 1 / std::sqrt(2 * df), step = std::fmin(0.1, 0.55 * spread);
+    double spread = 1 / std::sqrt(2 * (df + power)), step = std::fmin(0.1, 0.55 * spread);
     double most = 0.5 * std::log1p(power / df), sum = 0, weight = 0;
     // From the peak of density and power together down, then up.
     double start = std::floor(most / step);

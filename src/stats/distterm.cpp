@@ -79,18 +79,30 @@ double dist_binomial_term(double x, double n, double p, double q)
     return double(std::exp(e));
 }
 
+// The parts without x are kept from one call to the next: a column of values, or the steps of
+// an inverse, share their parameters.
 wide dist_gammafront(double a, double x)
 {
-    return std::log(static_cast<wide>(a)) - dist_lnfac_rest(a)
-           - dist_deviance(a, x, static_cast<wide>(x) - a);
+    static double last_a;
+    static wide kept;
+    if (a != last_a) {
+        kept = std::log(static_cast<wide>(a)) - dist_lnfac_rest(a);
+        last_a = a;
+    }
+    return kept - dist_deviance(a, x, static_cast<wide>(x) - a);
 }
 
-// For small a, b the deviances are as good, for their logarithms are wide.
 wide dist_betafront(const betapoint *p)
 {
+    static double last_a, last_b;
+    static wide kept;
     wide a = p->a, b = p->b, n = a + b;
-    return std::log(a / n * b) + dist_lnfac_rest(n) - dist_lnfac_rest(a) - dist_lnfac_rest(b)
-           - dist_deviance(a, n * p->x, -p->lambda) - dist_deviance(b, n * p->y, p->lambda);
+    if (p->a != last_a || p->b != last_b) {
+        kept = std::log(a / n * b) + dist_lnfac_rest(n) - dist_lnfac_rest(a) - dist_lnfac_rest(b);
+        last_a = p->a;
+        last_b = p->b;
+    }
+    return kept - dist_deviance(a, n * p->x, -p->lambda) - dist_deviance(b, n * p->y, p->lambda);
 }
 
 betapoint dist_betapoint(double a, double b, double x)

@@ -75,5 +75,28 @@ end
 poster2
 display "$S_E_cmd|" e(cmd)
 count if e(sample)
+* the sample through changes of the data
+drop _all
+set obs 10
+gen x = _n
+gen y = x^2
+quietly regress y x in 1/6
+gen after = 1
+describe, simple
+count if e(sample)
+set obs 12
+count if e(sample)
+drop if x < 3
+count if e(sample)
+sort after y
+keep x y
+count if e(sample)
+save kept, replace
+use kept, clear
+count if e(sample)
+display c(k) " " _b[x]
+quietly regress y x
+drop _all
+display c(k)
 ereturn clear
 ereturn list

@@ -229,7 +229,7 @@ program Weighted
 		exit
 	}
 	if inlist("`stat'", "total", "sum") {
-		gen double `result' = `mean' * `n'
+		gen double `result' = cond(`n' == 0, 0, `mean' * `n')
 		exit
 	}
 	by `by': gen double `result' = sum(`w' * (`source' - `mean')^2)

@@ -24,6 +24,9 @@ program compute, byable(onecall) sortpreserve
 	}
 	syntax [if] [in] [, BY(varlist) *]
 	confirm new variable `name'
+	if _N == 0 {
+		error 2000
+	}
 	capture unabcmd _g`function'
 	if _rc {
 		display as error "unknown function `function'(); see help compute"

@@ -6,6 +6,25 @@ program frommissing
 	mark `touse' `if' `in'
 	* "0" for every missing value; ".a=9 .b=8" for single ones, "else=7" for those left
 	local spaced : subinstr local values "=" " = ", all
+	* all values are looked for before any is put in: two kinds may become one value
+	local rest `spaced'
+	while "`rest'" != "" {
+		gettoken to rest : rest
+		gettoken equal after : rest
+		if "`equal'" == "=" {
+			gettoken to rest : after
+		}
+		confirm number `to'
+		foreach v of local varlist {
+			quietly count if `v' == `to'
+			if r(N) & "`override'" == "" {
+				display as error "`v' already holds `to' in `r(N)' observations; " ///
+					"the option override allows it"
+				exit 9
+			}
+		}
+		local rest = trim("`rest'")
+	}
 	foreach v of local varlist {
 		local rest `spaced'
 		local changed 0
@@ -19,13 +38,6 @@ program frommissing
 				if "`from'" != "else" {
 					local condition `v' == `from'
 				}
-			}
-			confirm number `to'
-			quietly count if `v' == `to'
-			if r(N) & "`override'" == "" {
-				display as error "`v' already holds `to' in `r(N)' observations; " ///
-					"the option override allows it"
-				exit 9
 			}
 			quietly count if `condition' & `touse'
 			local changed = `changed' + r(N)

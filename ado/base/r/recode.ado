@@ -18,6 +18,9 @@ program recode
 		local rest `"`after'"'
 	}
 	if "`list'" == "" {
+		if !inlist(`"`word'"', "", "(", ",") {
+			_unab list : `word'
+		}
 		error 102
 	}
 	local 0 `"`rest'"'

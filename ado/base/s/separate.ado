@@ -21,19 +21,25 @@ program separate, rclass
 	local text = substr("`: type `group''", 1, 3) == "str"
 	local type : type `varlist'
 	local blank = cond(substr("`type'", 1, 3) == "str", `""""', ".")
+	* all names are tried before a variable is made
 	local i 0
 	foreach level of local levels {
 		local ++i
 		local suffix `level'
+		if "`sequential'" != "" | `text' {
+			local suffix `i'
+		}
+		confirm new variable `generate'`suffix'
+		local news `news' `generate'`suffix'
+	}
+	local i 0
+	foreach level of local levels {
+		local ++i
+		local new : word `i' of `news'
 		local value `level'
 		if `text' {
 			local value `""`level'""'
 		}
-		if "`sequential'" != "" | `text' {
-			local suffix `i'
-		}
-		local new `generate'`suffix'
-		confirm new variable `new'
 		local condition `group' == `value'
 		if "`: type `group''" == "float" & !missing(`value') {
 			local condition `group' == float(`value')
@@ -42,7 +48,6 @@ program separate, rclass
 		format `new' `: format `varlist''
 		_label values `new' `: value label `varlist''
 		_label variable `new' `"`varlist', `by' == `level'"'
-		local news `news' `new'
 	}
 	display as text "variables made: " as result "`news'"
 	return local varlist `news'

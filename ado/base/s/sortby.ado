@@ -5,7 +5,10 @@ program sortby
 	if "`generate'" != "" {
 		confirm new variable `generate'
 	}
-	local k 0
+	* every key is looked up before a text that descends moves the rows
+	local names : subinstr local keys "-" " ", all
+	local names : subinstr local names "+" " ", all
+	_unab names : `names'
 	gettoken key keys : keys, parse(" +-")
 	while "`key'" != "" {
 		local down = "`key'" == "-"
@@ -46,7 +49,7 @@ program Reverse
 	quietly {
 		if substr("`type'", 1, 3) == "str" {
 			tempvar first
-			sort `v'
+			sort `v', stable
 			by `v': gen byte `first' = _n == 1
 			gen double `new' = -sum(`first')
 			exit

@@ -25,12 +25,14 @@ program split, rclass
 		quietly replace `rest' = itrim(trim(`rest'))
 	}
 	local width = length(`"`first'"')
+	* the parts become variables under their names when all of them are known to be free
 	local k 0
 	quietly count if `rest' != ""
 	while r(N) & (`k' < `limit' | `limit' == 0) {
 		local ++k
-		local new `generate'`k'
-		confirm new variable `new'
+		local name `generate'`k'
+		confirm new variable `name'
+		tempvar new
 		quietly {
 			capture drop `at'
 			gen int `at' = strpos(`rest', `"`first'"')
@@ -42,7 +44,12 @@ program split, rclass
 			}
 			count if `rest' != ""
 		}
-		local news `news' `new'
+		local made `made' `new'
+		local news `news' `name'
+	}
+	foreach name of local news {
+		gettoken new made : made
+		_rename `new' `name'
 	}
 	if `k' == 0 {
 		display as text "(nothing to split)"

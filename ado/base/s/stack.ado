@@ -8,6 +8,10 @@ program stack
 	}
 	local n : list sizeof varlist
 	if `group' {
+		if `group' < 1 | mod(`n', `group') {
+			display as error "`n' variables do not make `group' groups"
+			exit 198
+		}
 		local width = `n' / `group'
 		forvalues i = 1/`width' {
 			local into `into' v`i'
@@ -31,11 +35,20 @@ program stack
 		forvalues i = 1/`width' {
 			local first : word `i' of `varlist'
 			tempvar new
-			gen `: type `first'' `new' = `first'[_n - (`block' - 1) * `rows']
+			* numbers of several types are laid in the widest, where none loses digits
+			local type : type `first'
+			forvalues j = 2/`k' {
+				local other : type `: word `=(`j' - 1) * `width' + `i'' of `varlist''
+				if "`other'" != "`type'" & substr("`type'", 1, 3) != "str" {
+					local type double
+				}
+			}
+			gen `type' `new' = `first'[_n - (`block' - 1) * `rows']
 			forvalues j = 2/`k' {
 				local v : word `=(`j' - 1) * `width' + `i'' of `varlist'
 				replace `new' = `v'[_n - (`block' - 1) * `rows'] if `block' == `j'
 			}
+			compress `new'
 			format `new' `: format `first''
 			_label values `new' `: value label `first''
 			local news `news' `new'

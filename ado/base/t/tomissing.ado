@@ -6,6 +6,21 @@ program tomissing
 	mark `touse' `if' `in'
 	* "9 99" makes . of both; "9=.a 99=.b" tells them apart
 	local spaced : subinstr local values "=" " = ", all
+	* once to see that all can be done, then to do it
+	local rest `spaced'
+	while "`rest'" != "" {
+		gettoken from rest : rest
+		gettoken equal after : rest
+		if "`equal'" == "=" {
+			gettoken to rest : after
+			if !regexm("`to'", "^[.][a-z]?$") {
+				display as error "`to' is no missing value"
+				exit 198
+			}
+		}
+		numlist "`from'"
+		local rest = trim("`rest'")
+	}
 	foreach v of local varlist {
 		local rest `spaced'
 		local changed 0
@@ -15,10 +30,6 @@ program tomissing
 			local to .
 			if "`equal'" == "=" {
 				gettoken to rest : after
-			}
-			if !regexm("`to'", "^[.][a-z]?$") {
-				display as error "`to' is no missing value"
-				exit 198
 			}
 			numlist "`from'"
 			foreach x in `r(numlist)' {

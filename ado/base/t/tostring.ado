@@ -13,6 +13,9 @@ program tostring
 		}
 		confirm new variable `generate'
 	}
+	if "`format'" != "" {
+		confirm numeric format `format'
+	}
 	foreach v of local varlist {
 		gettoken new generate : generate
 		if substr("`: type `v''", 1, 3) == "str" {
