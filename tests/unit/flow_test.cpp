@@ -9,6 +9,13 @@
 
 namespace {
 
+// Starts the session, or brings it back to the top with nothing silenced.
+void fresh()
+{
+    session();
+    s_outlev = ls_outlev = 0;
+}
+
 std::string value(const char *name)
 {
     const char *p = macptr(name);
@@ -18,7 +25,7 @@ std::string value(const char *name)
 // Reads the text as a file of commands, silently, with all its definitions.
 int32_t load(const std::string &text)
 {
-    session();
+    fresh();
     FILE *f = fopen("body.do", "w");
     fputs(text.c_str(), f);
     fclose(f);
@@ -89,7 +96,7 @@ TEST(flow, what_the_prefixes_let_through)
 
 TEST(flow, captured_codes)
 {
-    session();
+    fresh();
     const struct {
         const char *line;
         const char *code;
@@ -269,7 +276,7 @@ outcome play(const block &b)
 
 TEST(flow, nests_run_as_written)
 {
-    session();
+    fresh();
     int32_t ended[5] = {};
     for (int round = 0; round < 250; round++) {
         serial = 0;
@@ -304,7 +311,7 @@ TEST(flow, nests_run_as_written)
 
 TEST(flow, loop_heads)
 {
-    session();
+    fresh();
     const struct {
         const char *head, *want;
     } rows[] = {

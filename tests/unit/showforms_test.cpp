@@ -11,6 +11,13 @@
 
 namespace {
 
+// Starts the session, or brings it back to the top with nothing silenced.
+void fresh()
+{
+    session();
+    s_outlev = ls_outlev = 0;
+}
+
 std::mt19937 rng(1960);
 
 struct row {
@@ -25,7 +32,7 @@ std::string shown(const std::string &items)
 
 TEST(showforms, display_items)
 {
-    session();
+    fresh();
     static const row rows[] = {
         {"", "\n"},
         {"1", "1\n"},
@@ -59,7 +66,7 @@ TEST(showforms, display_items)
     };
     for (const row &r : rows)
         EXPECT_EQ(shown(r.line), r.want) << r.line;
-    for (const char *bad : {"%9.2q 1", "\"open", "_column(x)", "_dup(2", "as nosuch 1", "1 +", "nosuch", "(1",
+    for (const char *bad : {"%9.2q 1", "\"open", "_column(nosuch)", "_dup(2", "as nosuch 1", "1 +", "nosuch", "(1",
                             "%9.2f \"text\"", "1 + \"a\"", "_skip(", "_newline("})
         EXPECT_NE(run(std::string("display ") + bad), 0) << bad;
     EXPECT_EQ(shown("\"next\""), "next\n");     // nothing is left over from the refusals
@@ -164,7 +171,7 @@ TEST(showforms, days_by_the_calendar)
 // refused and changes nothing.
 TEST(showforms, settings)
 {
-    session();
+    fresh();
     static const struct {
         const char *name, *good, *told;
         const char *bad[4];
@@ -232,7 +239,7 @@ std::string contents(const char *name)
 // A plain log holds what the screen showed; type reads a mark-up log back to the same.
 TEST(showforms, logs)
 {
-    session();
+    fresh();
     static const char *const lines[] = {
         "display \"{bf:bold} {hline 10} {c -(}\"", "display _asis \"{bf:not}\"", "display as error \"e\"",
         "display _dup(30) \"abcde\"", "display \"{p 4 8 2}\" _dup(30) \"words \" \"{p_end}\"",
