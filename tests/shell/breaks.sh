@@ -1,8 +1,9 @@
 #!/bin/sh
-# Breaks, typed on a terminal of our own. Passed over where script(1) is not there.
+# Breaks, typed on a terminal of our own.
 #   breaks.sh PROGRAM SOURCE-DIR
 set -u
-command -v script >/dev/null || exit 0
+# 77 is "passed over": no script(1), or no pseudo-terminal to be had.
+script -qec true /dev/null >/dev/null 2>&1 || exit 77
 program=$1
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT INT TERM
