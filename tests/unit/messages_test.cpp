@@ -87,7 +87,7 @@ TEST_F(messages, words_and_reports)
         {5101, 101, "iweights not allowed with robust\n"},
         {6104, 101, "factor variables and time-series operators not allowed\n"},
         {7196, 180, "attempt to modify label\n"},
-        {7197, 198, "invalid file specification\n"},
+        {7197, 198, "invalid file name\n"},
         {7198, 198, "multiple by's not allowed\n"},
         {8001, 0, "irrelevant under Unix\n"},
         {4028, 4028, "target of assigment no longer available\n"},
