@@ -156,6 +156,9 @@ int32_t dsa_drop(dsa_area *d, uint8_t *flags, bool clean)
             for (uint32_t k = 0; k < d->K; k++)
                 if (flags[k])
                     dsa_onvarsgone(d->name[k]);
+        for (uint32_t k = d->K; k > 0 && d->issys && dsa_onrenumber; k--)
+            if (flags[k - 1])
+                dsa_onrenumber(k);
         compact_rows(d, runs, n);
         compact_table(d->typ, runs, n);
         compact_table(d->name, runs, n);
