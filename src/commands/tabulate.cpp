@@ -436,7 +436,8 @@ int32_t tabulate(int32_t)
         retval_set_gscalar(t.c.count(), "c");
     if (!t.r.count())
         return error(RC_NOOBS);
-    rc = t.nvar == 2 ? print_twoway(&t) : print_oneway(&t);
+    bool shown = t.freq || t.row || t.col || t.cell;  // or the tests alone
+    rc = t.nvar == 1 ? print_oneway(&t) : shown ? print_twoway(&t) : 0;
     if (rc || (rc = leave_matrices(&t)))
         return rc;
     if (t.nvar == 2
