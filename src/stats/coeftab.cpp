@@ -64,6 +64,7 @@ int32_t coeftab_options(coeftab *t)
     t->level = ti_pi_findlevel(tokinfo, parinfo, 1);
     t->plus = stat_option("plus", 4);
     t->omitted = stat_option("omitted", 4, true);
+    t->neq = ti_pi_findopta(tokinfo, parinfo, "neq", 3, stat_option("first", 5) ? 1 : 0);
     if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, t->eform, 12))
         *t->eform = 0;
     int32_t rc = format_option("cformat", set_cformat, "%9.0g", t->cformat);
@@ -157,8 +158,11 @@ int32_t coeftab_show(const coeftab *t)
     coeftab_heading(t, depvar.c_str(), *t->eform ? t->eform : "Coef.", isz, setype.c_str());
     coeftab_rule('+');
     const char *eq = "_";
+    int32_t met = 0;
     for (int32_t j = 1; j <= b.m->cols; j++) {
         const umatname &name = b.col[j - 1];
+        if ((j == 1 || strcmp(name.eq, b.col[j - 2].eq)) && ++met > t->neq && t->neq > 0)
+            break;
         if (strcmp(name.eq, eq)) {
             if (j > 1)
                 coeftab_rule('+');

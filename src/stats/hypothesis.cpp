@@ -21,6 +21,7 @@
 #include "stats/coeftab.h"
 #include "stats/dist.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <cctype>
 #include <cmath>
 #include <cstdio>
@@ -461,9 +462,9 @@ int32_t testcmd(int32_t)
     if (rc)
         return rc;
     coeftab t;
-    bool combined = ti_pi_findopt(tokinfo, parinfo, "combine", 7, 0) != 0;
-    bool accumulate = ti_pi_findopt(tokinfo, parinfo, "accumulate", 1, 0) != 0;
-    bool quiet = !ti_pi_findopt(tokinfo, parinfo, "test", 4, 1);
+    bool combined = stat_option("combine", 7);
+    bool accumulate = stat_option("accumulate", 1);
+    bool quiet = !stat_option("test", 4, true);
     if ((rc = coeftab_options(&t)))
         return rc;
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
