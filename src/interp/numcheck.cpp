@@ -143,6 +143,12 @@ int32_t check(const double *z, int32_t n, const want &w)
 
 }  // namespace
 
+int32_t numcheck_opts(const char *opts)
+{
+    want w;
+    return read_want(opts, &w);
+}
+
 int32_t numcheck_text(const char *list, const char *opts, std::string *out)
 {
     constexpr int32_t most = 100000;

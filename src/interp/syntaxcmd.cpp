@@ -545,8 +545,8 @@ int32_t options(const synpattern &p, const typed &t)
         if (seen[i])
             continue;
         if (o.required)
-            return errout(RC_SYNTAX, "option %s%s required\n", o.name.c_str(),
-                          o.type == SO_ON || o.type == SO_OFF ? "" : "()");
+            return required(("option " + o.name + (o.type == SO_ON || o.type == SO_OFF ? "" : "()"))
+                                .c_str());
         char num[32];
         if (o.hasdefault || o.type == SO_CILEVEL) {
             number_text(o, o.hasdefault ? o.dflt : set_level, num);
