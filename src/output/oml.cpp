@@ -435,6 +435,18 @@ int32_t omlsendscreen(oml *o, const char *markup)
     return stopflag;
 }
 
+int32_t omlsendlog(oml *o, int32_t id, const char *markup)
+{
+    for (layout *l = o->lays; l; l = l->next) {
+        l->waspaused = l->paused;
+        l->paused = l->id != id;
+    }
+    omlsend(o, markup);
+    for (layout *l = o->lays; l; l = l->next)
+        l->paused = l->waspaused;
+    return stopflag;
+}
+
 // ---- the scanner
 static inline bool namechar(char c)
 {

@@ -42,7 +42,7 @@ struct layout {
     omlio io;
     int32_t id;
     bool markup;           // a mark-up log: none of the fields below matter
-    bool paused;
+    bool paused, waspaused;
     uint8_t color;         // how styles are shown: COL_NONE, COL_ANSI, COL_MARKS
     bool main;             // the record's own output, which pages
     bool midwrap;          // plain text went on behind "> "
