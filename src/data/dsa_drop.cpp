@@ -146,6 +146,9 @@ static void drop_but(dsa_area *d, const uint8_t *flags, const dsa_keeprun *runs,
         if (clean && d->issys && dsa_onvarsgone)
             dsa_onvarsgone(d->name[k]);
     }
+    for (uint32_t k = d->K; k > 0 && d->issys && dsa_onrenumber; k--)
+        if (flags[k - 1] == 1)
+            dsa_onrenumber(k);
     compact_rows(d, runs, n);
     compact_table(d->typ, runs, n);
     compact_table(d->name, runs, n);

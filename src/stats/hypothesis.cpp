@@ -21,6 +21,7 @@
 #include "stats/coeftab.h"
 #include "stats/dist.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <cctype>
 #include <cmath>
 #include <cstdio>
@@ -391,8 +392,7 @@ int32_t show_test(const std::vector<restriction> &v, const matref &b, const matr
     return stopflag;
 }
 
-int32_t combine(reader *r, const std::string &text, const matref &V, double level,
-                const char *eform)
+int32_t combine(reader *r, const std::string &text, const matref &V, const coeftab &t)
 {
     linear l;
     r->p = text.c_str();
@@ -412,7 +412,7 @@ int32_t combine(reader *r, const std::string &text, const matref &V, double leve
     bool isz = gretval_find(RK_E, "df_r") == 0;
     double df = isz ? misval : estval_get_double("df_r");
     std::string depvar = gretval_find(RK_E, "depvar") == 5179 ? retval_get_strptr() : "";
-    coefstat c = coef_stats(b, var > 0 ? std::sqrt(var) : misval, df, level);
+    coefstat c = coef_stats(b, var > 0 ? std::sqrt(var) : misval, df, t.level);
     retval_clear();
     retval_set_gscalar(b, "estimate");
     retval_set_gscalar(c.se, "se");
@@ -423,16 +423,12 @@ int32_t combine(reader *r, const std::string &text, const matref &V, double leve
     if (l.k != 0)
         shown += (l.k < 0 ? " - " : " + ") + number(std::fabs(l.k));
     spout21f("\n (%2d)  %s = 0\n\n", 1, shown.c_str());
-    if (*eform) {
-        c.b = std::exp(c.b);
-        c.se = c.se < misval ? c.se * c.b : misval;
-        c.low = c.low < misval ? std::exp(c.low) : misval;
-        c.high = c.high < misval ? std::exp(c.high) : misval;
-    }
+    if (*t.eform)
+        c = coef_exp(&c);
     spout21("------------------------------------------------------------------------------\n");
-    coeftab_heading(depvar.c_str(), *eform ? eform : "Coef.", level, isz, false, "");
+    coeftab_heading(&t, depvar.c_str(), *t.eform ? t.eform : "Coef.", isz, "");
     coeftab_rule('+');
-    coeftab_line("(1)", &c, nullptr);
+    coeftab_line(&t, "(1)", &c, misval);
     spout21("------------------------------------------------------------------------------\n");
     return stopflag;
 }
@@ -465,17 +461,16 @@ int32_t testcmd(int32_t)
     int32_t rc = ti_pi_parse(tokinfo, parinfo);
     if (rc)
         return rc;
-    char eform[13] = "";
-    bool combined = ti_pi_findopt(tokinfo, parinfo, "combine", 7, 0) != 0;
-    bool accumulate = ti_pi_findopt(tokinfo, parinfo, "accumulate", 1, 0) != 0;
-    bool quiet = !ti_pi_findopt(tokinfo, parinfo, "test", 4, 1);
-    double level = ti_pi_findlevel(tokinfo, parinfo, 1);
-    if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, eform, 12))
-        *eform = 0;
+    coeftab t;
+    bool combined = stat_option("combine", 7);
+    bool accumulate = stat_option("accumulate", 1);
+    bool quiet = !stat_option("test", 4, true);
+    if ((rc = coeftab_options(&t)))
+        return rc;
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     if (combined)
-        return combine(&r, text, V, level, eform);
+        return combine(&r, text, V, t);
     std::vector<restriction> v;
     if (accumulate)
         for (const restriction &x : kept)
