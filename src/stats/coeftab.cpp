@@ -127,8 +127,8 @@ static void cluster_note()
     if (clust.empty() || g >= misval)
         return;
     char n[40], text[200];
-    snprintf(text, sizeof text, "(Std. Err. adjusted for %s clusters in %s)", fmt_comma(n, g),
-             clust.c_str());
+    snprintf(text, sizeof text, "(Std. Err. adjusted for %s cluster%s in %s)", fmt_comma(n, g),
+             g == 1 ? "" : "s", clust.c_str());
     spout21fat(1, "%78s\n", text);
 }
 
@@ -175,7 +175,7 @@ int32_t coeftab_show(const coeftab *t)
         if (constant && *t->eform)
             continue;
         double z = umat_el(b.m, 1, j), var = hasv ? umat_el(v.m, j, j) : 0;
-        if (z == 0 && var == 0 && hasv) {
+        if (z == 0 && var == 0 && hasv && !constant) {
             char shown[246];
             str_abbrev(shown, name.name, 12);
             if (t->omitted)
