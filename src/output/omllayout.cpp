@@ -3,8 +3,8 @@
 // Plain text goes on behind "> " when a line is full. In a paragraph, words are gathered and
 // placed; blanks stay as typed, a line end counts as one, an empty line ends it. Bytes 0x80 to
 // 0xBF take no column, so a character of several bytes is never cut.
-#include "output/oml_int.h"
 #include "core/files.h"
+#include "output/oml_int.h"
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -48,7 +48,10 @@ void io_put(omlio *io, const char *p, size_t n)
     io->n += n;
 }
 
-static inline int32_t chcols(char c) { return (uint8_t(c) & 0xc0) != 0x80; }
+static inline int32_t chcols(char c)
+{
+    return (uint8_t(c) & 0xc0) != 0x80;
+}
 
 static int32_t cols_of(const char *p, size_t n)
 {
@@ -172,9 +175,8 @@ static void placeword(layout *l)
 {
     if (!l->nword)
         return;
-    if (l->blanks >= 0) {  // -1: glued to what was placed before
-        if (!l->fresh && l->wordcols &&
-            l->col + l->blanks + l->wordcols > l->width - l->rmargin) {
+    if (l->blanks >= 0) { // -1: glued to what was placed before
+        if (!l->fresh && l->wordcols && l->col + l->blanks + l->wordcols > l->width - l->rmargin) {
             uint8_t last = l->style;
             endline(l);
             l->fresh = true;
@@ -213,7 +215,7 @@ static void endword(layout *l)
     placeword(l);
     if (l->blanks < 0)
         l->blanks = 0;
-    if (l->style & (ST_UNDER | ST_LINK))  // shows on the blanks between words
+    if (l->style & (ST_UNDER | ST_LINK)) // shows on the blanks between words
         style_now(l);
 }
 

@@ -191,7 +191,7 @@ int32_t translate_file(const char *from, const char *to, bool replace, const tra
     }
     int32_t rc = make(in, out, from, to, how);
     struct stat st;
-    bool ours = fstat(out, &st) == 0 && S_ISREG(st.st_mode);  // never a device
+    bool ours = fstat(out, &st) == 0 && S_ISREG(st.st_mode); // never a device
     ov_close(in);
     ov_close(out);
     if (rc && ours)

@@ -58,13 +58,47 @@ void expect_fits(const std::string &text, int width, const std::string &from)
 TEST(omlsinks, lines_fit_the_width)
 {
     static const char *const parts[] = {
-        "word ", "two words ", "{bf:bold} ", "{it:{bf:x}y} ", "\n", "\n\n", "{p 4 8 2}", "{p 10 2}",
-        "{p}", "{p_end}\n", "{break}", "{hline}", "{hline 30}", "{space 7}", "{col 33}",
-        "{center:middle}", "{right:r}", "{ralign 12:right}", "{dup 9:ab }", "{c TLC}{c -}", "{&alpha}",
-        "{p2colset 3 20 22 2}{p2col:first}", "{p2col:a first that is long}", "{p2line}",
-        "{synoptset 14}", "{synopthdr}", "{synopt:{cmd:opt}}does ", "{synoptline}\n", "{syntab:T}",
-        "{help x:link} ", "{dtype} ", "{ifin} ", "{manlink R reg} ", "{cmdab:reg:ress} ", "{nosuch} ",
-        "{...}\n", "a-word-of-many-characters-without-a-blank ", "caf\xc3\xa9 ", "{c -(}", "}", "{",
+        "word ",
+        "two words ",
+        "{bf:bold} ",
+        "{it:{bf:x}y} ",
+        "\n",
+        "\n\n",
+        "{p 4 8 2}",
+        "{p 10 2}",
+        "{p}",
+        "{p_end}\n",
+        "{break}",
+        "{hline}",
+        "{hline 30}",
+        "{space 7}",
+        "{col 33}",
+        "{center:middle}",
+        "{right:r}",
+        "{ralign 12:right}",
+        "{dup 9:ab }",
+        "{c TLC}{c -}",
+        "{&alpha}",
+        "{p2colset 3 20 22 2}{p2col:first}",
+        "{p2col:a first that is long}",
+        "{p2line}",
+        "{synoptset 14}",
+        "{synopthdr}",
+        "{synopt:{cmd:opt}}does ",
+        "{synoptline}\n",
+        "{syntab:T}",
+        "{help x:link} ",
+        "{dtype} ",
+        "{ifin} ",
+        "{manlink R reg} ",
+        "{cmdab:reg:ress} ",
+        "{nosuch} ",
+        "{...}\n",
+        "a-word-of-many-characters-without-a-blank ",
+        "caf\xc3\xa9 ",
+        "{c -(}",
+        "}",
+        "{",
     };
     std::mt19937 rng(20261122);
     for (int round = 0; round < 3000; round++) {
@@ -149,7 +183,8 @@ TEST(omlsinks, marks_come_apart_again)
             << pieces;
     }
     EXPECT_EQ(utf8_at("\xc3\xa9", 2), 2u);
-    for (const char *bad : {"\xc3", "\xc0\x80", "\xed\xa0\x80", "\xf5\x80\x80\x80", "\x80", "\xe0\x80\x80"})
+    for (const char *bad :
+         {"\xc3", "\xc0\x80", "\xed\xa0\x80", "\xf5\x80\x80\x80", "\x80", "\xe0\x80\x80"})
         EXPECT_EQ(utf8_at(bad, strlen(bad)), 0u);
 }
 
@@ -219,7 +254,8 @@ TEST(omlsinks, translation_equals_the_text_log)
 TEST(omlsinks, html_escapes_and_pages_are_made)
 {
     filefd in, out;
-    std::string text = "{omcl}\n{err:<&>\"} {help a b:l} {help javascript{c -(}x:m} \x01\xff caf\xc3\xa9\n";
+    std::string text =
+        "{omcl}\n{err:<&>\"} {help a b:l} {help javascript{c -(}x:m} \x01\xff caf\xc3\xa9\n";
     for (int i = 0; i < 200; i++)
         text += "line {bf:" + std::to_string(i) + "}\n";
     ASSERT_EQ(write(in.fd, text.data(), text.size()), ssize_t(text.size()));
@@ -237,7 +273,7 @@ TEST(omlsinks, html_escapes_and_pages_are_made)
         ASSERT_EQ(translate_file(in.name, out.name, true, how), 0);
         std::string page = out.text();
         EXPECT_EQ(page.substr(0, 4), kind == TR_PS ? "%!PS" : "%PDF");
-        EXPECT_TRUE(kind == TR_PDF || page.find("%%Pages: 4") != page.npos);  // 201 lines, 58 each
+        EXPECT_TRUE(kind == TR_PDF || page.find("%%Pages: 4") != page.npos); // 201 lines, 58 each
     }
     EXPECT_EQ(translate_file(in.name, out.name, false, how), 602);
     EXPECT_EQ(translate_file(in.name, in.name, true, how), 602);
