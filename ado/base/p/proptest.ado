@@ -1,7 +1,7 @@
 *! tests of proportions: one sample, two samples
 program proptest, rclass
 	version 12.1
-	syntax anything(equalok) [if] [in] [, BY(varname) Level(real `c(level)')]
+	syntax anything(equalok) [if] [in] [, BY(varname) Level(cilevel)]
 	gettoken a rest : anything, parse("= ")
 	gettoken equal rest : rest, parse("= ")
 	local rest = trim(subinstr("`rest'", "=", "", .))
