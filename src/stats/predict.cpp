@@ -208,6 +208,8 @@ int32_t need(predcmd *c)
     if (c->what >= PS_STDF) {
         if (macro_of("vce") != "ols" && !macro_of("vce").empty())
             return errout(RC_NOTALLOWED, "option not allowed after robust estimation\n");
+        if (c->what >= PS_STDR && macro_of("model") == "iv")
+            return errout(RC_NOTALLOWED, "option not allowed after instrumental variables\n");
         if (macro_of("wtype") == "aweight" && c->what >= PS_HAT)
             return errout(RC_NOTALLOWED, "option not allowed after analytic weights\n");
         c->s = estval_get_double("rmse");
