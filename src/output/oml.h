@@ -60,6 +60,13 @@ int32_t oml_query_log_err(const oml *o);         // 0, or 693 after a failed log
 // Paging. omlmore returns the key, or 0 when no prompt is due.
 int32_t omlmore(oml *o);
 void sysinitmore(int32_t moretime);
+// What the screen is told; the terminal fills it in, and empty texts do without.
+struct omlscreen {
+    const char *wipe = "";  // the line the cursor is in, and to its start
+    const char *standout = "", *standend = "";
+    const char *sane = "";  // attributes off, the cursor shown
+};
+extern omlscreen oml_screen;
 // The routine a console hands to omlset_user: shows the prompt and waits for a key.
 int32_t sysmore(const char *text, size_t n, void *arg);
 

@@ -5,6 +5,7 @@
 // 0xBF take no column, so a character of several bytes is never cut.
 #include "output/oml_int.h"
 #include "core/files.h"
+#include "core/progress.h"
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -21,6 +22,8 @@ void io_flush(omlio *io)
     }
     if (io->fd < 0 || io->err)
         return;
+    if (io->eachline && progress_shown)
+        progress_wipe();
     if (io->log) {
         if (ovata_write(io->fd, io->buf, int32_t(n)) != int32_t(n))
             io->err = 693;
