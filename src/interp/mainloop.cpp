@@ -31,6 +31,8 @@ int32_t getreq(bool fromprogram, bool newlinefirst)
             return 1;
         if (readcons(conslen, true, false, newlinefirst) || doeof)
             return 1;
+        if (stopflag && !dofilep && realbusy)
+            return 1;
         const char *p = console;
         while (*p == ' ')
             p++;
@@ -134,6 +136,8 @@ int32_t doreq()
         globalrc = run_next();
     doreq_nest--;
     log_check();
+    if (leavesignal)
+        sexit(128 + int32_t(leavesignal));
 #ifdef OVATA_DEV
     if (sysdsa)
         check_area();
