@@ -288,6 +288,7 @@ void doepilog(doframe *f, int32_t kind)
         leave_shared(f);
         return;
     }
+    rc_shown = false;
     uint8_t pgmclass = program_class;
     leave_settings(f);
     if (::estrestore)
