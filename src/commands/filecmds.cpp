@@ -1,4 +1,5 @@
 // commands/filecmds.cpp - files and directories: pwd cd dir mkdir rmdir erase copy type view.
+#include "commands/showfile.h"
 #include "core/files.h"
 #include "core/mem.h"
 #include "core/rc.h"
@@ -247,7 +248,7 @@ static int32_t show_piece(std::string *held, bool markup, bool all)
     return markup ? spoutsml(part.c_str()) : spout21(part.c_str());
 }
 
-static int32_t show_file(const std::string &name, bool asis)
+int32_t show_file(const std::string &name, bool asis)
 {
     int32_t fd = ov_open(name.c_str(), OV_READ);
     if (fd < 0)

@@ -75,14 +75,10 @@ oml *omlopen(uint8_t kind)
 {
     if (!nestedopen && !moreform) {
         nestedopen = true;
-        std::string form = omltext("{clearmore:{hline 2}more{hline 2}}\n");
+        bool good = omlpromptset("{clearmore:{hline 2}more{hline 2}}\n");
         nestedopen = false;
-        while (!form.empty() && form.back() == '\n')
-            form.pop_back();
-        moreform = static_cast<char *>(safemalloc(form.size() + 1));
-        if (!moreform)
+        if (!good)
             return nullptr;
-        memcpy(moreform, form.c_str(), form.size() + 1);
     }
     oml *o = newrecord(kind);
     if (o && kind == OML_TERMINAL)
@@ -90,6 +86,19 @@ oml *omlopen(uint8_t kind)
     return o;
 }
 
+bool omlpromptset(const char *markup)
+{
+    std::string form = omltext(markup);
+    while (!form.empty() && form.back() == '\n')
+        form.pop_back();
+    char *copy = static_cast<char *>(safemalloc(form.size() + 1));
+    if (!copy)
+        return false;
+    memcpy(copy, form.c_str(), form.size() + 1);
+    safefree(moreform);
+    moreform = copy;
+    return true;
+}
 const char *oml_moreform() { return moreform ? moreform : "--more--"; }
 
 void omlclose(oml *o)
@@ -174,11 +183,42 @@ void omlset_fd(oml *o, int32_t fd)
     bool tty = fd >= 0 && isatty(fd);
     const char *term = getenv("TERM");
     l->io.eachline = tty;
-    l->color = tty && !getenv("NO_COLOR") && term && strcmp(term, "dumb") != 0;
+    bool color = tty && !getenv("NO_COLOR") && term && strcmp(term, "dumb") != 0;
+    l->color = color ? COL_ANSI : COL_NONE;
     o->utf8 = tty && env_utf8();
 }
 void omlset_chars(oml *o, int utf8) { o->utf8 = utf8; }
 int omlquery_chars(const oml *o) { return o->utf8; }
+
+bool omlcolorset(oml *o, bool on)
+{
+    layout *l = o->lays;
+    bool was = l->color == COL_ANSI;
+    if (l->color != COL_MARKS)
+        l->color = on ? COL_ANSI : COL_NONE;
+    return was;
+}
+
+void omlomclsetweak(oml *o, bool on)
+{
+    layout *l = o->lays;
+    if (l->markup == on)
+        return;
+    if (l->para)
+        lay_paraend(l);
+    l->markup = on;
+    l->col = 0;
+    o->nmarkup += on ? 1 : -1;
+}
+
+void omlomclset(oml *o, bool on)
+{
+    bool was = o->lays->markup;
+    omlomclsetweak(o, on);
+    if (on && !was)
+        io_put(&o->lays->io, "{omcl}\n", 7);
+}
+
 int32_t omlcolumn(const oml *o) { return lay_column(o->lays) + 1; }
 
 void omlflush(oml *o)
@@ -381,6 +421,18 @@ void omltyped(oml *o, const char *line, bool onscreen)
     o->lines = 0;
     if (onscreen)
         l->col = 0;
+}
+
+int32_t omlsendscreen(oml *o, const char *markup)
+{
+    layout *rest = o->lays->next;
+    int32_t marked = o->nmarkup;
+    o->nmarkup = o->lays->markup;
+    o->lays->next = nullptr;
+    omlsend(o, markup);
+    o->lays->next = rest;
+    o->nmarkup = marked;
+    return stopflag;
 }
 
 // ---- the scanner
@@ -596,6 +648,21 @@ int32_t omlsend(oml *o, const char *markup)
     }
     return stopflag;
 }
+
+oml *omlsend_genascii_begin(int32_t width, bool marks, oml_userfn fn, void *arg)
+{
+    oml *o = omlopen(OML_PLAIN);
+    if (!o)
+        return nullptr;
+    omlset_maxwidth(o, width);
+    omlset_user(o, fn, arg);
+    if (marks)
+        o->lays->color = COL_MARKS;
+    o->utf8 = marks;
+    return o;
+}
+int32_t omlsend_genascii(oml *o, const char *markup) { return omlsend(o, markup); }
+int32_t omlsend_genascii_raw(oml *o, const char *text) { return omlsendraw(o, text); }
 
 // ---- measuring
 // A record for each depth: a tag that measures may stand inside a text that is measured.

@@ -59,8 +59,14 @@ static int32_t cols_of(const char *p, size_t n)
 }
 
 // ---- styles on a terminal
-static size_t stylecode(char *out, uint8_t s)
+static size_t stylecode(char *out, const layout *l)
 {
+    uint8_t s = l->style;
+    if (l->color == COL_MARKS) {
+        out[0] = omlmark_style;
+        out[1] = char(32 + s);
+        return 2;
+    }
     static const char *const color[] = {"", "", "31", ""};
     int n = snprintf(out, 32, "\033[0");
     const char *c = color[s & ST_COLOR];
@@ -84,15 +90,19 @@ static void style_now(layout *l)
     if (!l->color || l->style == l->o->style)
         return;
     l->style = l->o->style;
-    io_put(&l->io, code, stylecode(code, l->style));
+    io_put(&l->io, code, stylecode(code, l));
 }
 
 // ---- lines
 static void endline(layout *l)
 {
     if (l->color && l->style != ST_TXT) {
-        io_put(&l->io, "\033[0m", 4);
+        char code[40];
         l->style = ST_TXT;
+        if (l->color == COL_ANSI)
+            io_put(&l->io, "\033[0m", 4);
+        else
+            io_put(&l->io, code, stylecode(code, l));
     }
     io_put(&l->io, "\n", 1);
     l->col = 0;
@@ -181,7 +191,7 @@ static void addword(layout *l, const char *p, size_t n, int32_t cols)
         placeword(l);
     if (l->color && l->style != l->o->style) {
         l->style = l->o->style;
-        l->nword += stylecode(l->word + l->nword, l->style);
+        l->nword += stylecode(l->word + l->nword, l);
     }
     memcpy(l->word + l->nword, p, n);
     l->nword += n;
@@ -308,6 +318,20 @@ void lay_glyph(layout *l, const char *p, size_t n, int32_t cols)
     style_now(l);
     io_put(&l->io, p, n);
     l->col += cols;
+}
+
+void lay_linkmark(layout *l, const char *p, size_t n)
+{
+    char mark[200];
+    if (l->color != COL_MARKS || n > sizeof mark - 2)
+        return;
+    mark[0] = omlmark_link;
+    memcpy(mark + 1, p, n);
+    mark[n + 1] = omlmark_end;
+    if (l->para)
+        addword(l, mark, n + 2, 0);
+    else
+        io_put(&l->io, mark, n + 2);
 }
 
 int32_t lay_column(const layout *l)

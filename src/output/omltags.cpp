@@ -283,9 +283,14 @@ static omltext_t unquoted(omltext_t s)
 static int32_t t_link(oml *o, const omltag *t, omltext_t args, const omltext_t *body)
 {
     o->style |= ST_LINK;
+    omltext_t shown = unquoted(args);
+    if (!strcmp(t->name, "help")) {
+        std::string_view s(shown.p, shown.n);
+        s = s.substr(0, std::min(s.find("##"), s.find('|')));
+        EACH(o, lay_linkmark(l, s.data(), s.size()));
+    }
     if (body)
         return 1;
-    omltext_t shown = unquoted(args);
     if (t->arg || !shown.n)
         put(o, t->text ? t->text : t->name);
     else {  // topic##marker|viewer: only the topic is read
