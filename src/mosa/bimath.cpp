@@ -5,8 +5,9 @@
 #include "core/mem.h"
 #include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
-#include "stats/dist.h"
+#include "expr/strfun.h"
 #include "stats/normal.h"
+#include <algorithm>
 #include <cmath>
 #include <complex>
 
@@ -73,7 +74,7 @@ double fn_fac(double z)
 {
     return z < 0 || z != std::floor(z) ? misval : std::round(std::tgamma(z + 1));
 }
-double fn_lnfac(double z) { return z < 0 || z != std::floor(z) ? misval : ov_lngamma(z + 1); }
+double fn_lnfac(double z) { return z < 0 || z != std::floor(z) ? misval : ovlngamma(z + 1); }
 cplx c_sqrt(cplx z) { return std::sqrt(z); }
 cplx c_exp(cplx z) { return std::exp(z); }
 cplx c_log(cplx z) { return std::log(z); }
@@ -106,12 +107,12 @@ UNARY(acosr, std::acos, nullptr)
 UNARY(atanr, std::atan, nullptr)
 UNARY(factorial, fn_fac, nullptr)
 UNARY(lnfactorial, fn_lnfac, nullptr)
-UNARY(lngamma, ov_lngamma, nullptr)
-UNARY(digamma, ov_digamma, nullptr)
-UNARY(trigamma, ov_trigamma, nullptr)
-UNARY(normal, ov_normal, nullptr)
-UNARY(invnormal, ov_invnormal, nullptr)
-UNARY(normalden, ov_normalden, nullptr)
+UNARY(lngamma, ovlngamma, nullptr)
+UNARY(digamma, ovdigamma, nullptr)
+UNARY(trigamma, ovtrigamma, nullptr)
+UNARY(normal, ovnormal, nullptr)
+UNARY(invnormal, ovinvnormal, nullptr)
+UNARY(normalden, ovnormalden, nullptr)
 #undef UNARY
 
 void bifloor(int32_t argc) { unary(argc, "floor()", std::floor, c_floor, true); }
@@ -165,32 +166,19 @@ void binary(int32_t argc, const char *id, double (*f)(double, double))
     m_result(argc, r);
 }
 
-double fn_mod(double x, double y)
-{
-    if (y <= 0)
-        return misval;
-    double r = x - y * std::floor(x / y);
-    return r >= y || r < 0 ? 0 : r;
-}
-
-double fn_round(double x, double y)
-{
-    return y == 0 ? x : std::floor(x / std::fabs(y) + 0.5) * std::fabs(y);
-}
 double fn_round1(double x) { return std::floor(x + 0.5); }
-double fn_reldif(double x, double y) { return std::fabs(x - y) / (std::fabs(y) + 1); }
 
 }  // namespace
 
 void biatan2(int32_t argc) { binary(argc, "atan2()", std::atan2); }
-void bimod(int32_t argc) { binary(argc, "mod()", fn_mod); }
-void bireldif(int32_t argc) { binary(argc, "reldif()", fn_reldif); }
+void bimod(int32_t argc) { binary(argc, "mod()", ovmod); }
+void bireldif(int32_t argc) { binary(argc, "reldif()", ovreldif); }
 void biround(int32_t argc)
 {
     if (argc == 1)
         unary(argc, "round()", fn_round1, nullptr, true);
     else
-        binary(argc, "round()", fn_round);
+        binary(argc, "round()", ovround);
 }
 
 // The largest relative difference of two matrices of one shape.
@@ -208,7 +196,7 @@ void bimreldif(int32_t argc)
     for (int32_t i = 0; i < a->rows; i++)
         for (int32_t j = 0; j < a->cols; j++) {
             double x = m_el(a, i, j), y = m_el(b, i, j);
-            double d = x == y ? 0 : x >= misval || y >= misval ? misval : fn_reldif(x, y);
+            double d = x == y ? 0 : x >= misval || y >= misval ? misval : ovreldif(x, y);
             most = std::max(most, d);
         }
     m_result(argc, m_mktsmatsto(most));
