@@ -38,17 +38,57 @@ static bool return_code(const str &topic, int32_t *code)
     return true;
 }
 
+// What codes mean whose words name a thing of the user's, or that have none of their own.
+static const struct {
+    int32_t code;
+    const char *meaning;
+} meanings[] = {
+    {1, "The break key was pressed, or the output was left at the prompt of a page."},
+    {6, "Nothing stands where something was expected."},
+    {7, "Something else stands there than was expected."},
+    {9, "What was asserted is not true, or the version is not the one that is needed."},
+    {100, "Something is missing on the line that the command requires."},
+    {101, "Something stands on the line that the command does not allow."},
+    {110, "The name is taken already."},
+    {111, "There is nothing of that name: a variable, label, program, scalar, page."},
+    {120, "The format is none, or not one for this kind of value."},
+    {132, "Quotes or brackets do not match."},
+    {133, "There is no function of that name, or it does not stand for what is needed."},
+    {170, "The directory cannot be gone to."},
+    {182, "The name cannot be one."},
+    {198, "What was typed is not what the command takes; its page shows what it does take."},
+    {199, "No command or program of that name was found."},
+    {301, "The command needs the results of a model, and there are none."},
+    {303, "The model has no equation of that name."},
+    {601, "No file of that name was found."},
+    {602, "The file is there already; most commands take the option replace."},
+    {603, "The file could not be opened."},
+    {604, "A log file is open already under that name."},
+    {606, "No log file is open under that name."},
+    {607, "No command log is open."},
+    {608, "The file may be read only."},
+    {693, "Writing to the file failed; the disk may be full or the directory gone."},
+    {909, "The operating system gave no more memory."},
+    {920, "Macros or programs are nested too deeply."},
+    {1000, "A limit of the system was reached."},
+};
+
 static int32_t show_code(int32_t code)
 {
-    const msgrow *row = msg_row(code);
     outlev_keep keep(1);
-    spoutsmlf("{txt}{p 0 8 2}{err:r(%d)}{space 2}", int(code));
-    if (row && row->text && *row->text)
-        spout21(row->text);
-    else
-        spout21("no words of its own; whoever returned it has said why");
-    spoutsml("{p_end}\n");
-    return spoutsml("{p 8 8 2}See {help return_codes:help return codes}.{p_end}\n");
+    spoutsmlf("{err:r(%d)}{space 2}", int(code));
+    int32_t from = omlcolumn(oml_cur);
+    (void)extended_error(code);
+    bool silent = omlcolumn(oml_cur) == from;
+    if (silent)
+        newline();
+    const char *more = silent ? "Whoever returned it has said why." : nullptr;
+    for (const auto &m : meanings)
+        if (m.code == code)
+            more = m.meaning;
+    if (more)
+        spoutsmlf("{txt}{p 8 8 2}%s{p_end}\n", more);
+    return spoutsml("{txt}{p 8 8 2}See {help return_codes:help return codes}.{p_end}\n");
 }
 
 // Nearest names, where somebody is there to read them; logs do not hold them.

@@ -48,7 +48,7 @@ static std::vector<aliasrow> aliases()
     std::vector<aliasrow> rows;
     each_line(whole_file(help_dir() + "aliases"), [&](std::string_view line) {
         size_t blank = line.find(' ');
-        if (line.empty() || line[0] == '#' || blank == line.npos)
+        if (line.substr(0, 2) == "# " || blank == line.npos || !blank)
             return;
         size_t page = line.find_first_not_of(' ', blank);
         if (page != line.npos)

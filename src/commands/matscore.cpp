@@ -19,14 +19,15 @@
 #include <cstring>
 #include <vector>
 
-namespace {
+namespace
+{
 
 struct scorecmd {
-    uint8_t type = 0;          // 0: as settings say
+    uint8_t type = 0; // 0: as settings say
     char name[33], matrix[33], eq[33] = "";
     double missval = misval;
     bool replace;
-    std::vector<int32_t> vars;  // 0 for the constant
+    std::vector<int32_t> vars; // 0 for the constant
     std::vector<double> b;
 };
 
@@ -111,7 +112,7 @@ double value_at(const scorecmd *c, int32_t obs)
     return sum > -misval && sum < misval ? sum : misval;
 }
 
-}  // namespace
+} // namespace
 
 int32_t mat_score(int32_t)
 {

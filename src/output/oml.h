@@ -58,6 +58,7 @@ int32_t omlcolumn(const oml *o);                 // 1-based column of the next c
 int32_t omlset_log_output(oml *o, int32_t fd, int32_t width);  // id, or -1 without memory
 int32_t omlset_log_input(oml *o, int32_t fd);                  // id, or -1
 void omllog_pause(oml *o, int32_t id, bool pause);
+int32_t omlsendlog(oml *o, int32_t id, const char *markup);  // to that log alone, paused or not
 void omllog_widths(oml *o, int32_t width);       // of all plain logs
 int32_t omllog_err(const oml *o, int32_t id);    // of one log
 int32_t omllog_close(oml *o, int32_t id);        // flushes; 0 or 693; the fd stays open

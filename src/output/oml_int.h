@@ -42,7 +42,7 @@ struct layout {
     omlio io;
     int32_t id;
     bool markup;           // a mark-up log: none of the fields below matter
-    bool paused;
+    bool paused, waspaused;
     uint8_t color;         // how styles are shown: COL_NONE, COL_ANSI, COL_MARKS
     bool main;             // the record's own output, which pages
     bool midwrap;          // plain text went on behind "> "
@@ -59,6 +59,7 @@ struct layout {
     int32_t wordcols;
     char *word;            // omlbuflen bytes
     uint8_t style;         // as last sent to a colour terminal
+    uint8_t wordstyle;     // in force where the gathered word begins
 };
 
 void lay_text(layout *l, const char *p, size_t n);

@@ -64,6 +64,7 @@ int32_t coeftab_options(coeftab *t)
     t->level = ti_pi_findlevel(tokinfo, parinfo, 1);
     t->plus = stat_option("plus", 4);
     t->omitted = stat_option("omitted", 4, true);
+    t->neq = ti_pi_findopta(tokinfo, parinfo, "neq", 3, stat_option("first", 5) ? 1 : 0);
     if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, t->eform, 12))
         *t->eform = 0;
     int32_t rc = format_option("cformat", set_cformat, "%9.0g", t->cformat);
@@ -126,8 +127,8 @@ static void cluster_note()
     if (clust.empty() || g >= misval)
         return;
     char n[40], text[200];
-    snprintf(text, sizeof text, "(Std. Err. adjusted for %s clusters in %s)", fmt_comma(n, g),
-             clust.c_str());
+    snprintf(text, sizeof text, "(Std. Err. adjusted for %s cluster%s in %s)", fmt_comma(n, g),
+             g == 1 ? "" : "s", clust.c_str());
     spout21fat(1, "%78s\n", text);
 }
 
@@ -156,9 +157,16 @@ int32_t coeftab_show(const coeftab *t)
     spout21("------------------------------------------------------------------------------\n");
     coeftab_heading(t, depvar.c_str(), *t->eform ? t->eform : "Coef.", isz, setype.c_str());
     coeftab_rule('+');
+    // Where everything fits exactly no variance tells a constant of zero from one left out.
+    bool varies = false;
+    for (int32_t j = 1; hasv && j <= v.m->cols; j++)
+        varies |= umat_el(v.m, j, j) > 0;
     const char *eq = "_";
+    int32_t met = 0;
     for (int32_t j = 1; j <= b.m->cols; j++) {
         const umatname &name = b.col[j - 1];
+        if ((j == 1 || strcmp(name.eq, b.col[j - 2].eq)) && ++met > t->neq && t->neq > 0)
+            break;
         if (strcmp(name.eq, eq)) {
             if (j > 1)
                 coeftab_rule('+');
@@ -171,7 +179,7 @@ int32_t coeftab_show(const coeftab *t)
         if (constant && *t->eform)
             continue;
         double z = umat_el(b.m, 1, j), var = hasv ? umat_el(v.m, j, j) : 0;
-        if (z == 0 && var == 0 && hasv) {
+        if (z == 0 && var == 0 && hasv && (!constant || varies)) {
             char shown[246];
             str_abbrev(shown, name.name, 12);
             if (t->omitted)

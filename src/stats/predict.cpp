@@ -23,11 +23,26 @@
 #include <cstring>
 #include <vector>
 
-namespace {
+namespace
+{
 
 enum pstat : int32_t {
-    PS_XB, PS_RESID, PS_PR, PS_E, PS_YSTAR, PS_STDP, PS_STDF, PS_STDR, PS_HAT, PS_RSTANDARD, PS_RSTUDENT, PS_COOKSD,
-    PS_DFITS, PS_COVRATIO, PS_WELSCH, PS_DFBETA,
+    PS_XB,
+    PS_RESID,
+    PS_PR,
+    PS_E,
+    PS_YSTAR,
+    PS_STDP,
+    PS_STDF,
+    PS_STDR,
+    PS_HAT,
+    PS_RSTANDARD,
+    PS_RSTUDENT,
+    PS_COOKSD,
+    PS_DFITS,
+    PS_COVRATIO,
+    PS_WELSCH,
+    PS_DFBETA,
 };
 struct statrow {
     const char *word;
@@ -63,19 +78,22 @@ constexpr statrow interval_stats[] = {
 struct bound {
     double z = misval;
     int32_t var = 0;
-    double at(int32_t obs) const { return var ? dsa_data(sysdsa, uint32_t(var), uint32_t(obs)) : z; }
+    double at(int32_t obs) const
+    {
+        return var ? dsa_data(sysdsa, uint32_t(var), uint32_t(obs)) : z;
+    }
 };
 
 struct predcmd {
     pstat what = PS_XB;
     const char *label = "";
     matref b, V;
-    int32_t first, n;            // columns of the equation
-    std::vector<int32_t> var;    // 0 for the constant
+    int32_t first, n;         // columns of the equation
+    std::vector<int32_t> var; // 0 for the constant
     std::vector<double> x;
     int32_t dep = 0, sample = 0;
     bound low, high;
-    char beta[33] = "";          // dfbeta(): the coefficient
+    char beta[33] = ""; // dfbeta(): the coefficient
     int32_t betacol = 0;
     double s = misval, df_r = misval, N = misval, k = 0, rss = misval;
 };
@@ -260,7 +278,7 @@ double influence(const predcmd *c, double e, double h)
         double r = e / (c->s * std::sqrt(left));
         return r * r * h / left / c->k;
     }
-    double without = (c->rss - e * e / left) / (c->df_r - 1);  // variance without this one
+    double without = (c->rss - e * e / left) / (c->df_r - 1); // variance without this one
     if (!(c->df_r > 1) || !(without > 0))
         return misval;
     double t = e / std::sqrt(without * left);
@@ -308,7 +326,7 @@ double value_at(predcmd *c, int32_t obs)
     }
 }
 
-}  // namespace
+} // namespace
 
 int32_t predictcmd(int32_t);
 int32_t predictcmd(int32_t)

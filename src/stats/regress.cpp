@@ -414,6 +414,8 @@ int32_t estimate_model(regcmd *c, regjob *r)
 {
     r->vars.assign(parinfo->vl_vr, parinfo->vl_vr + parinfo->pi_nvar);
     r->nx = parinfo->pi_nvar - 1;
+    if (!r->nx && !r->cons)
+        return error(RC_TOOFEWVARS);
     for (int32_t v : r->vars)
         if (t_isstr(_typlist[v - 1]))
             return errout(RC_NOOBS, "no observations\n");

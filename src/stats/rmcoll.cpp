@@ -134,12 +134,11 @@ void tell(const rmcmd *c)
 {
     outlev_keep keep(1);
     const char *word = vernum < 1100 ? "dropped" : "omitted";
-    bool any = false, left = c->outcome;
-    for (size_t j = 0; j < c->vars.size(); j++) {
-        if (!c->gone[j]) {
-            left |= !c->outcome || j > 0;
+    bool any = false, allzero = true;
+    for (size_t j = c->outcome; j < c->vars.size(); j++) {
+        allzero &= c->gone[j] == 2;
+        if (!c->gone[j])
             continue;
-        }
         if (!any && c->skipline)
             newline();
         any = true;
@@ -149,10 +148,7 @@ void tell(const rmcmd *c)
         else
             spout21f("note: %s %s because of collinearity\n", name, word);
     }
-    bool allzero = any && !left;
-    for (size_t j = 0; j < c->vars.size(); j++)
-        allzero &= c->gone[j] == 2;
-    if (allzero)
+    if (any && allzero)
         spout21("all variables dropped because of zero variance\n");
 }
 
