@@ -7,8 +7,14 @@ bool bi_fail(int32_t code)
     return false;
 }
 
-bool bi_ismatrix(const matobj *m) { return !mo_isfcn(m) || bi_fail(3102); }
-bool bi_isarray(const matobj *m) { return bi_ismatrix(m) && (m->view == 0 || bi_fail(3103)); }
+bool bi_ismatrix(const matobj *m)
+{
+    return !mo_isfcn(m) || bi_fail(3102);
+}
+bool bi_isarray(const matobj *m)
+{
+    return bi_ismatrix(m) && (m->view == 0 || bi_fail(3103));
+}
 bool bi_isreal(const matobj *m)
 {
     return bi_ismatrix(m) && (m->eltype == MO_REAL || bi_fail(3253));

@@ -3,23 +3,30 @@
 // A missing argument, or one outside the domain, gives missing; a letter of missing survives
 // where the function is defined for every number.
 #include "core/mem.h"
+#include "expr/strfun.h"
 #include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
-#include "expr/strfun.h"
 #include "stats/normal.h"
 #include <algorithm>
 #include <cmath>
 #include <complex>
 
-namespace {
+namespace
+{
 
 using cplx = std::complex<double>;
 using realfn = double (*)(double);
 using cplxfn = cplx (*)(cplx);
 
-double kept(double z) { return std::isfinite(z) && z < misval ? z : misval; }
+double kept(double z)
+{
+    return std::isfinite(z) && z < misval ? z : misval;
+}
 
-double guard(realfn f, double z) { return z >= misval ? misval : kept(f(z)); }
+double guard(realfn f, double z)
+{
+    return z >= misval ? misval : kept(f(z));
+}
 
 void put(matobj *r, int64_t i, int64_t n, cplx z)
 {
@@ -69,25 +76,64 @@ void unary(int32_t argc, const char *id, realfn f, cplxfn cf, bool letters = fal
     m_result(argc, r);
 }
 
-double fn_abs(double z) { return std::fabs(z); }
+double fn_abs(double z)
+{
+    return std::fabs(z);
+}
 double fn_fac(double z)
 {
     return z < 0 || z != std::floor(z) ? misval : std::round(std::tgamma(z + 1));
 }
-double fn_lnfac(double z) { return z < 0 || z != std::floor(z) ? misval : ovlngamma(z + 1); }
-cplx c_sqrt(cplx z) { return std::sqrt(z); }
-cplx c_exp(cplx z) { return std::exp(z); }
-cplx c_log(cplx z) { return std::log(z); }
-cplx c_sin(cplx z) { return std::sin(z); }
-cplx c_cos(cplx z) { return std::cos(z); }
-cplx c_tan(cplx z) { return std::tan(z); }
-cplx c_sinh(cplx z) { return std::sinh(z); }
-cplx c_cosh(cplx z) { return std::cosh(z); }
-cplx c_floor(cplx z) { return {std::floor(z.real()), std::floor(z.imag())}; }
-cplx c_ceil(cplx z) { return {std::ceil(z.real()), std::ceil(z.imag())}; }
-cplx c_trunc(cplx z) { return {std::trunc(z.real()), std::trunc(z.imag())}; }
+double fn_lnfac(double z)
+{
+    return z < 0 || z != std::floor(z) ? misval : ovlngamma(z + 1);
+}
+cplx c_sqrt(cplx z)
+{
+    return std::sqrt(z);
+}
+cplx c_exp(cplx z)
+{
+    return std::exp(z);
+}
+cplx c_log(cplx z)
+{
+    return std::log(z);
+}
+cplx c_sin(cplx z)
+{
+    return std::sin(z);
+}
+cplx c_cos(cplx z)
+{
+    return std::cos(z);
+}
+cplx c_tan(cplx z)
+{
+    return std::tan(z);
+}
+cplx c_sinh(cplx z)
+{
+    return std::sinh(z);
+}
+cplx c_cosh(cplx z)
+{
+    return std::cosh(z);
+}
+cplx c_floor(cplx z)
+{
+    return {std::floor(z.real()), std::floor(z.imag())};
+}
+cplx c_ceil(cplx z)
+{
+    return {std::ceil(z.real()), std::ceil(z.imag())};
+}
+cplx c_trunc(cplx z)
+{
+    return {std::trunc(z.real()), std::trunc(z.imag())};
+}
 
-}  // namespace
+} // namespace
 
 #define UNARY(name, f, cf)                                                                         \
     void bi##name(int32_t argc)                                                                    \
@@ -115,9 +161,18 @@ UNARY(invnormal, ovinvnormal, nullptr)
 UNARY(normalden, ovnormalden, nullptr)
 #undef UNARY
 
-void bifloor(int32_t argc) { unary(argc, "floor()", std::floor, c_floor, true); }
-void biceil(int32_t argc) { unary(argc, "ceil()", std::ceil, c_ceil, true); }
-void bitrunc(int32_t argc) { unary(argc, "trunc()", std::trunc, c_trunc, true); }
+void bifloor(int32_t argc)
+{
+    unary(argc, "floor()", std::floor, c_floor, true);
+}
+void biceil(int32_t argc)
+{
+    unary(argc, "ceil()", std::ceil, c_ceil, true);
+}
+void bitrunc(int32_t argc)
+{
+    unary(argc, "trunc()", std::trunc, c_trunc, true);
+}
 
 void biabs(int32_t argc)
 {
@@ -136,7 +191,8 @@ void biabs(int32_t argc)
 
 // ---- two arguments: colon-conformable
 
-namespace {
+namespace
+{
 
 void binary(int32_t argc, const char *id, double (*f)(double, double))
 {
@@ -166,13 +222,25 @@ void binary(int32_t argc, const char *id, double (*f)(double, double))
     m_result(argc, r);
 }
 
-double fn_round1(double x) { return std::floor(x + 0.5); }
+double fn_round1(double x)
+{
+    return std::floor(x + 0.5);
+}
 
-}  // namespace
+} // namespace
 
-void biatan2(int32_t argc) { binary(argc, "atan2()", std::atan2); }
-void bimod(int32_t argc) { binary(argc, "mod()", ovmod); }
-void bireldif(int32_t argc) { binary(argc, "reldif()", ovreldif); }
+void biatan2(int32_t argc)
+{
+    binary(argc, "atan2()", std::atan2);
+}
+void bimod(int32_t argc)
+{
+    binary(argc, "mod()", ovmod);
+}
+void bireldif(int32_t argc)
+{
+    binary(argc, "reldif()", ovreldif);
+}
 void biround(int32_t argc)
 {
     if (argc == 1)
@@ -210,9 +278,8 @@ static void part(int32_t argc, const char *id, bool imaginary)
     matobj *a = m_arg(0);
     if (!bi_isnumeric(a))
         return;
-    matobj *r = a->eltype == MO_REAL && !imaginary && !a->view
-                    ? a
-                    : m_mktmat(MO_REAL, a->rows, a->cols);
+    matobj *r =
+        a->eltype == MO_REAL && !imaginary && !a->view ? a : m_mktmat(MO_REAL, a->rows, a->cols);
     if (!r)
         return;
     if (r != a)
@@ -225,8 +292,14 @@ static void part(int32_t argc, const char *id, bool imaginary)
     m_result(argc, r);
 }
 
-void biRe(int32_t argc) { part(argc, "Re()", false); }
-void biIm(int32_t argc) { part(argc, "Im()", true); }
+void biRe(int32_t argc)
+{
+    part(argc, "Re()", false);
+}
+void biIm(int32_t argc)
+{
+    part(argc, "Im()", true);
+}
 
 // C(re), C(re, im), C(complex)
 void biC(int32_t argc)

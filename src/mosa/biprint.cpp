@@ -14,11 +14,15 @@
 #include <cstdio>
 #include <string>
 
-namespace {
+namespace
+{
 
-uint8_t display_level;  // set by displayas()
+uint8_t display_level; // set by displayas()
 
-void result_void(int32_t argc) { m_result(argc, m_mktmat(MO_REAL, 0, 0)); }
+void result_void(int32_t argc)
+{
+    m_result(argc, m_mktmat(MO_REAL, 0, 0));
+}
 
 // Text of a user inside mark-up.
 void append_raw(std::string *out, const char *p, int32_t n)
@@ -56,7 +60,8 @@ bool append_arg(std::string *out, const std::string &format, matobj *a, bool mar
     double z;
     if (!bi_real(a, &z))
         return false;
-    bool plain = format.find_first_of("0123456789") == std::string::npos && !fmt_isdate(format.c_str());
+    bool plain =
+        format.find_first_of("0123456789") == std::string::npos && !fmt_isdate(format.c_str());
     std::string f = !plain ? format : format == "%g" ? "%9.0g" : "%9.0" + format.substr(1);
     int32_t n = plain ? fmtnumtrim(buffer, sizeof buffer, z, f.c_str())
                       : fmtnum(buffer, sizeof buffer, z, f.c_str());
@@ -64,7 +69,10 @@ bool append_arg(std::string *out, const std::string &format, matobj *a, bool mar
     return true;
 }
 
-char escaped(char c) { return c == 'n' ? '\n' : c == 't' ? '\t' : c == 'r' ? '\r' : c; }
+char escaped(char c)
+{
+    return c == 'n' ? '\n' : c == 't' ? '\t' : c == 'r' ? '\r' : c;
+}
 
 // Where the directive at p ends: behind its letter, or behind the letters of a date format.
 size_t directive_end(const std::string &f, size_t p)
@@ -74,7 +82,8 @@ size_t directive_end(const std::string &f, size_t p)
         end++;
     if (end < f.size() && (f[end] == 't' || f[end] == 'd')) {
         end += f[end] == 't' ? 2 : 1;
-        while (end < f.size() && (isalnum(static_cast<unsigned char>(f[end])) || strchr("_.,:-/", f[end])))
+        while (end < f.size() &&
+               (isalnum(static_cast<unsigned char>(f[end])) || strchr("_.,:-/", f[end])))
             end++;
         return std::min(end, f.size());
     }
@@ -132,10 +141,16 @@ void print_call(int32_t argc, const char *id, uint8_t level)
     result_void(argc);
 }
 
-}  // namespace
+} // namespace
 
-void biprintf(int32_t argc) { print_call(argc, "printf()", display_level); }
-void bierrprintf(int32_t argc) { print_call(argc, "errprintf()", 3); }
+void biprintf(int32_t argc)
+{
+    print_call(argc, "printf()", display_level);
+}
+void bierrprintf(int32_t argc)
+{
+    print_call(argc, "errprintf()", 3);
+}
 
 void bisprintf(int32_t argc)
 {
@@ -160,8 +175,9 @@ void bidisplay(int32_t argc)
     else
         for (int32_t i = 0; i < a->rows && !fault_poll(); i++) {
             char buffer[256];
-            std::string s = a->view ? std::string(buffer, size_t(v_sel(a, i, 0, buffer)))
-                                    : std::string(sel_text(mo_sel(a)[i]), size_t(sel_len(mo_sel(a)[i])));
+            std::string s =
+                a->view ? std::string(buffer, size_t(v_sel(a, i, 0, buffer)))
+                        : std::string(sel_text(mo_sel(a)[i]), size_t(sel_len(mo_sel(a)[i])));
             s += '\n';
             spout_setcoloroflev();
             asis != 0 ? spout21(s.c_str()) : spoutsml(s.c_str());

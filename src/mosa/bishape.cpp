@@ -5,9 +5,13 @@
 #include "mosa/mtypes.h"
 #include <algorithm>
 
-namespace {
+namespace
+{
 
-void result_of(int32_t argc, double z) { m_result(argc, m_mktsmatsto(z)); }
+void result_of(int32_t argc, double z)
+{
+    m_result(argc, m_mktsmatsto(z));
+}
 
 void result_text(int32_t argc, const char *text)
 {
@@ -24,7 +28,7 @@ void result_text(int32_t argc, const char *text)
             result_of(argc, double(expr));                                                         \
     }
 
-}  // namespace
+} // namespace
 
 ABOUT(rows, a->rows)
 ABOUT(cols, a->cols)
@@ -82,7 +86,8 @@ void bimosa_representation(int32_t argc)
 
 // ---- filled matrices
 
-namespace {
+namespace
+{
 
 bool shape_of(const matobj *r, const matobj *c, int32_t *rows, int32_t *cols)
 {
@@ -98,7 +103,7 @@ bool shape_of(const matobj *r, const matobj *c, int32_t *rows, int32_t *cols)
     return true;
 }
 
-}  // namespace
+} // namespace
 
 // J(rows, cols, scalar)
 void biJ(int32_t argc)
@@ -142,7 +147,8 @@ void biI(int32_t argc)
 
 // ---- the same elements in another shape
 
-namespace {
+namespace
+{
 
 void reshaped(int32_t argc, const char *id, bool byrows)
 {
@@ -177,10 +183,16 @@ void reshaped(int32_t argc, const char *id, bool byrows)
     m_result(argc, r);
 }
 
-}  // namespace
+} // namespace
 
-void birowshape(int32_t argc) { reshaped(argc, "rowshape()", true); }
-void bicolshape(int32_t argc) { reshaped(argc, "colshape()", false); }
+void birowshape(int32_t argc)
+{
+    reshaped(argc, "rowshape()", true);
+}
+void bicolshape(int32_t argc)
+{
+    reshaped(argc, "colshape()", false);
+}
 
 void bidiagonal(int32_t argc)
 {
@@ -213,7 +225,8 @@ void biswap(int32_t argc)
 
 // ---- symmetry and transposition
 
-namespace {
+namespace
+{
 
 bool symmetric(const matobj *a, bool conjugate)
 {
@@ -253,10 +266,16 @@ void is_symmetric(int32_t argc, const char *id, bool conjugate)
     m_result(argc, m_mktsmatsto(yes));
 }
 
-}  // namespace
+} // namespace
 
-void biissymmetric(int32_t argc) { is_symmetric(argc, "issymmetric()", true); }
-void biissymmetriconly(int32_t argc) { is_symmetric(argc, "issymmetriconly()", false); }
+void biissymmetric(int32_t argc)
+{
+    is_symmetric(argc, "issymmetric()", true);
+}
+void biissymmetriconly(int32_t argc)
+{
+    is_symmetric(argc, "issymmetriconly()", false);
+}
 
 // The lower half copied over the upper.
 void bi_makesymmetric(int32_t argc)

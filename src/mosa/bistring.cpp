@@ -11,7 +11,8 @@
 #include <string_view>
 #include <vector>
 
-namespace {
+namespace
+{
 
 using text = std::string_view;
 
@@ -46,9 +47,18 @@ void map_text(int32_t argc, const char *id, std::string (*f)(text))
         m_result(argc, r);
 }
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; }
-char upper(char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; }
-bool letter(char c) { return upper(c) >= 'A' && upper(c) <= 'Z'; }
+char lower(char c)
+{
+    return c >= 'A' && c <= 'Z' ? char(c + 32) : c;
+}
+char upper(char c)
+{
+    return c >= 'a' && c <= 'z' ? char(c - 32) : c;
+}
+bool letter(char c)
+{
+    return upper(c) >= 'A' && upper(c) <= 'Z';
+}
 
 std::string f_lower(text t)
 {
@@ -72,7 +82,10 @@ std::string f_proper(text t)
     }
     return s;
 }
-std::string f_reverse(text t) { return {t.rbegin(), t.rend()}; }
+std::string f_reverse(text t)
+{
+    return {t.rbegin(), t.rend()};
+}
 text ltrim(text t)
 {
     size_t p = t.find_first_not_of(' ');
@@ -83,9 +96,18 @@ text rtrim(text t)
     size_t p = t.find_last_not_of(' ');
     return p == text::npos ? text() : t.substr(0, p + 1);
 }
-std::string f_ltrim(text t) { return std::string(ltrim(t)); }
-std::string f_rtrim(text t) { return std::string(rtrim(t)); }
-std::string f_trim(text t) { return std::string(ltrim(rtrim(t))); }
+std::string f_ltrim(text t)
+{
+    return std::string(ltrim(t));
+}
+std::string f_rtrim(text t)
+{
+    return std::string(rtrim(t));
+}
+std::string f_trim(text t)
+{
+    return std::string(ltrim(rtrim(t)));
+}
 std::string f_itrim(text t)
 {
     std::string s;
@@ -95,16 +117,40 @@ std::string f_itrim(text t)
     return s;
 }
 
-}  // namespace
+} // namespace
 
-void bistrlower(int32_t argc) { map_text(argc, "strlower()", f_lower); }
-void bistrupper(int32_t argc) { map_text(argc, "strupper()", f_upper); }
-void bistrproper(int32_t argc) { map_text(argc, "strproper()", f_proper); }
-void bistrreverse(int32_t argc) { map_text(argc, "strreverse()", f_reverse); }
-void bistrtrim(int32_t argc) { map_text(argc, "strtrim()", f_trim); }
-void bistrltrim(int32_t argc) { map_text(argc, "strltrim()", f_ltrim); }
-void bistrrtrim(int32_t argc) { map_text(argc, "strrtrim()", f_rtrim); }
-void bistritrim(int32_t argc) { map_text(argc, "stritrim()", f_itrim); }
+void bistrlower(int32_t argc)
+{
+    map_text(argc, "strlower()", f_lower);
+}
+void bistrupper(int32_t argc)
+{
+    map_text(argc, "strupper()", f_upper);
+}
+void bistrproper(int32_t argc)
+{
+    map_text(argc, "strproper()", f_proper);
+}
+void bistrreverse(int32_t argc)
+{
+    map_text(argc, "strreverse()", f_reverse);
+}
+void bistrtrim(int32_t argc)
+{
+    map_text(argc, "strtrim()", f_trim);
+}
+void bistrltrim(int32_t argc)
+{
+    map_text(argc, "strltrim()", f_ltrim);
+}
+void bistrrtrim(int32_t argc)
+{
+    map_text(argc, "strrtrim()", f_rtrim);
+}
+void bistritrim(int32_t argc)
+{
+    map_text(argc, "stritrim()", f_itrim);
+}
 
 void bistrlen(int32_t argc)
 {
@@ -115,15 +161,15 @@ void bistrlen(int32_t argc)
     matobj *r = m_mktmat(MO_REAL, a->rows, a->cols);
     char buffer[256];
     for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n; k++)
-        mo_re(r)[k] =
-            double(str_el(a, int32_t(k / a->cols), int32_t(k % a->cols), buffer).size());
+        mo_re(r)[k] = double(str_el(a, int32_t(k / a->cols), int32_t(k % a->cols), buffer).size());
     if (r)
         m_result(argc, r);
 }
 
 // ---- two strings to a number
 
-namespace {
+namespace
+{
 
 void compare(int32_t argc, const char *id, double (*f)(text, text))
 {
@@ -165,16 +211,13 @@ double f_match(text s, text pattern)
         if (j < pattern.size() && (pattern[j] == '?' || (pattern[j] == s[i] && s[i] != '*'))) {
             i++;
             j++;
-        }
-        else if (j < pattern.size() && pattern[j] == '*') {
+        } else if (j < pattern.size() && pattern[j] == '*') {
             star = j++;
             mark = i;
-        }
-        else if (star != text::npos) {
+        } else if (star != text::npos) {
             j = star + 1;
             i = ++mark;
-        }
-        else
+        } else
             return 0;
     }
     while (j < pattern.size() && pattern[j] == '*')
@@ -182,15 +225,25 @@ double f_match(text s, text pattern)
     return j == pattern.size();
 }
 
-}  // namespace
+} // namespace
 
-void bistrpos(int32_t argc) { compare(argc, "strpos()", f_pos); }
-void biindexnot(int32_t argc) { compare(argc, "indexnot()", f_indexnot); }
-void bistrmatch(int32_t argc) { compare(argc, "strmatch()", f_match); }
+void bistrpos(int32_t argc)
+{
+    compare(argc, "strpos()", f_pos);
+}
+void biindexnot(int32_t argc)
+{
+    compare(argc, "indexnot()", f_indexnot);
+}
+void bistrmatch(int32_t argc)
+{
+    compare(argc, "strmatch()", f_match);
+}
 
 // ---- parts and replacements
 
-namespace {
+namespace
+{
 
 // From position b (1 is the first, -1 the last) for l characters; missing l means the rest.
 text part(text s, double b, double l)
@@ -202,7 +255,7 @@ text part(text s, double b, double l)
     return s.substr(size_t(from), l >= n - from ? text::npos : size_t(l));
 }
 
-}  // namespace
+} // namespace
 
 void bisubstr(int32_t argc)
 {
@@ -225,7 +278,8 @@ void bisubstr(int32_t argc)
         for (int32_t j = 0; j < cols; j++) {
             double from = m_el(b, b->rows == 1 ? 0 : i, b->cols == 1 ? 0 : j);
             double len = l ? m_el(l, l->rows == 1 ? 0 : i, l->cols == 1 ? 0 : j) : misval;
-            if (!put(r, int64_t(i) * cols + j, part(str_el(s, i, j, buffer), trunc(from), trunc(len))))
+            if (!put(r, int64_t(i) * cols + j,
+                     part(str_el(s, i, j, buffer), trunc(from), trunc(len))))
                 return;
         }
     if (r)
@@ -251,7 +305,8 @@ void bisubinstr(int32_t argc)
     for (int64_t k = 0, all = r ? mo_count(r) : 0; k < all; k++) {
         std::string t(str_el(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer));
         double left = count;
-        for (size_t at = 0; !from.empty() && left >= 1 && (at = t.find(from, at)) != t.npos; left--) {
+        for (size_t at = 0; !from.empty() && left >= 1 && (at = t.find(from, at)) != t.npos;
+             left--) {
             t.replace(at, from.size(), to);
             at += to.size();
         }
@@ -340,8 +395,7 @@ void bi_strtoreal(int32_t argc)
     char buffer[256];
     int64_t bad = 0;
     for (int64_t k = 0, n = mo_count(values); k < n; k++) {
-        std::string t =
-            f_trim(str_el(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer));
+        std::string t = f_trim(str_el(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer));
         double z = misval;
         if (t.empty() || cnvstoz(t.c_str(), &z)) {
             z = misval;

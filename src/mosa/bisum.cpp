@@ -6,7 +6,8 @@
 #include <cmath>
 #include <vector>
 
-namespace {
+namespace
+{
 
 // Two sums are kept: what the plain sum loses is carried along (Neumaier's form of
 // compensated summation).
@@ -67,14 +68,32 @@ void sums(int32_t argc, const char *id, sumof what)
     m_result(argc, r);
 }
 
-}  // namespace
+} // namespace
 
-void bisum(int32_t argc) { sums(argc, "sum()", WHOLE); }
-void birowsum(int32_t argc) { sums(argc, "rowsum()", ROWS); }
-void bicolsum(int32_t argc) { sums(argc, "colsum()", COLS); }
-void biquadsum(int32_t argc) { sums(argc, "quadsum()", WHOLE); }
-void biquadrowsum(int32_t argc) { sums(argc, "quadrowsum()", ROWS); }
-void biquadcolsum(int32_t argc) { sums(argc, "quadcolsum()", COLS); }
+void bisum(int32_t argc)
+{
+    sums(argc, "sum()", WHOLE);
+}
+void birowsum(int32_t argc)
+{
+    sums(argc, "rowsum()", ROWS);
+}
+void bicolsum(int32_t argc)
+{
+    sums(argc, "colsum()", COLS);
+}
+void biquadsum(int32_t argc)
+{
+    sums(argc, "quadsum()", WHOLE);
+}
+void biquadrowsum(int32_t argc)
+{
+    sums(argc, "quadrowsum()", ROWS);
+}
+void biquadcolsum(int32_t argc)
+{
+    sums(argc, "quadcolsum()", COLS);
+}
 
 // Running sums over a vector, or over a matrix by rows.
 void birunningsum(int32_t argc)
@@ -101,7 +120,8 @@ void birunningsum(int32_t argc)
 
 // ---- extremes: least and greatest; missing values are passed over unless asked for
 
-namespace {
+namespace
+{
 
 void extremes(int32_t argc, const char *id, sumof what)
 {
@@ -134,15 +154,25 @@ void extremes(int32_t argc, const char *id, sumof what)
     m_result(argc, r);
 }
 
-}  // namespace
+} // namespace
 
-void biminmax(int32_t argc) { extremes(argc, "minmax()", WHOLE); }
-void birowminmax(int32_t argc) { extremes(argc, "rowminmax()", ROWS); }
-void bicolminmax(int32_t argc) { extremes(argc, "colminmax()", COLS); }
+void biminmax(int32_t argc)
+{
+    extremes(argc, "minmax()", WHOLE);
+}
+void birowminmax(int32_t argc)
+{
+    extremes(argc, "rowminmax()", ROWS);
+}
+void bicolminmax(int32_t argc)
+{
+    extremes(argc, "colminmax()", COLS);
+}
 
 // ---- missing values
 
-namespace {
+namespace
+{
 
 bool el_missing(const matobj *a, int32_t i, int32_t j)
 {
@@ -150,12 +180,9 @@ bool el_missing(const matobj *a, int32_t i, int32_t j)
     int64_t k = int64_t(i) * a->cols + j;
     switch (a->eltype) {
     case MO_REAL:
-    case MO_COMPLEX:
-        return (a->view ? v_el(a, i, j) : mo_re(a)[k]) >= misval;
-    case MO_STRING:
-        return a->view ? v_sel(a, i, j, text) == 0 : !mo_sel(a)[k];
-    default:
-        return !mo_pel(a)[k];
+    case MO_COMPLEX: return (a->view ? v_el(a, i, j) : mo_re(a)[k]) >= misval;
+    case MO_STRING: return a->view ? v_sel(a, i, j, text) == 0 : !mo_sel(a)[k];
+    default: return !mo_pel(a)[k];
     }
 }
 
@@ -177,12 +204,24 @@ void countmissing(int32_t argc, const char *id, sumof what, bool wanted)
     m_result(argc, r);
 }
 
-}  // namespace
+} // namespace
 
-void bimissing(int32_t argc) { countmissing(argc, "missing()", WHOLE, true); }
-void binonmissing(int32_t argc) { countmissing(argc, "nonmissing()", WHOLE, false); }
-void birowmissing(int32_t argc) { countmissing(argc, "rowmissing()", ROWS, true); }
-void bicolmissing(int32_t argc) { countmissing(argc, "colmissing()", COLS, true); }
+void bimissing(int32_t argc)
+{
+    countmissing(argc, "missing()", WHOLE, true);
+}
+void binonmissing(int32_t argc)
+{
+    countmissing(argc, "nonmissing()", WHOLE, false);
+}
+void birowmissing(int32_t argc)
+{
+    countmissing(argc, "rowmissing()", ROWS, true);
+}
+void bicolmissing(int32_t argc)
+{
+    countmissing(argc, "colmissing()", COLS, true);
+}
 
 void bihasmissing(int32_t argc)
 {
@@ -223,7 +262,8 @@ void bi_fillmissing(int32_t argc)
 
 // ---- tests over all elements
 
-namespace {
+namespace
+{
 
 void truths(int32_t argc, const char *id, bool all)
 {
@@ -231,7 +271,7 @@ void truths(int32_t argc, const char *id, bool all)
     const matobj *a = m_arg(0);
     if (!bi_isreal(a))
         return;
-    bool found = false;  // an element that decides
+    bool found = false; // an element that decides
     for (int32_t i = 0; i < a->rows && !found; i++)
         for (int32_t j = 0; j < a->cols && !found; j++)
             found = (m_el(a, i, j) == 0) == all;
@@ -273,9 +313,21 @@ void equals(int32_t argc, const char *id, bool all)
     m_result(argc, m_mktsmatsto(all ? !found && mo_count(a) > 0 : found));
 }
 
-}  // namespace
+} // namespace
 
-void biany(int32_t argc) { truths(argc, "any()", false); }
-void biall(int32_t argc) { truths(argc, "all()", true); }
-void bianyof(int32_t argc) { equals(argc, "anyof()", false); }
-void biallof(int32_t argc) { equals(argc, "allof()", true); }
+void biany(int32_t argc)
+{
+    truths(argc, "any()", false);
+}
+void biall(int32_t argc)
+{
+    truths(argc, "all()", true);
+}
+void bianyof(int32_t argc)
+{
+    equals(argc, "anyof()", false);
+}
+void biallof(int32_t argc)
+{
+    equals(argc, "allof()", true);
+}

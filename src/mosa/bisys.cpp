@@ -3,6 +3,7 @@
 #include "core/state.h"
 #include "expr/expr.h"
 #include "expr/strfun.h"
+#include "interp/messages.h"
 #include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
 #include "stats/random.h"
@@ -12,21 +13,52 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace
+{
 
-void result_of(int32_t argc, double z) { m_result(argc, m_mktsmatsto(z)); }
-void result_void(int32_t argc) { m_result(argc, m_mktmat(MO_REAL, 0, 0)); }
+void result_of(int32_t argc, double z)
+{
+    m_result(argc, m_mktsmatsto(z));
+}
+void result_void(int32_t argc)
+{
+    m_result(argc, m_mktmat(MO_REAL, 0, 0));
+}
 
-}  // namespace
+} // namespace
 
-void biargs(int32_t argc) { result_of(argc, m_vm.argc); }
-void bicallersversion(int32_t argc) { result_of(argc, m_vm.callerversion / 100.0); }
-void biovataversion(int32_t argc) { result_of(argc, ver_current); }
-void bifavorspeed(int32_t argc) { result_of(argc, 1); }
-void bibyteorder(int32_t argc) { result_of(argc, std::endian::native == std::endian::big ? 1 : 2); }
-void bimindouble(int32_t argc) { result_of(argc, min_ovdouble); }
-void bimaxdouble(int32_t argc) { result_of(argc, max_ovdouble); }
-void bismallestdouble(int32_t argc) { result_of(argc, smallest_dndouble); }
+void biargs(int32_t argc)
+{
+    result_of(argc, m_vm.argc);
+}
+void bicallersversion(int32_t argc)
+{
+    result_of(argc, m_vm.callerversion / 100.0);
+}
+void biovataversion(int32_t argc)
+{
+    result_of(argc, ver_current);
+}
+void bifavorspeed(int32_t argc)
+{
+    result_of(argc, 1);
+}
+void bibyteorder(int32_t argc)
+{
+    result_of(argc, std::endian::native == std::endian::big ? 1 : 2);
+}
+void bimindouble(int32_t argc)
+{
+    result_of(argc, min_ovdouble);
+}
+void bimaxdouble(int32_t argc)
+{
+    result_of(argc, max_ovdouble);
+}
+void bismallestdouble(int32_t argc)
+{
+    result_of(argc, smallest_dndouble);
+}
 
 // The version in force, times 100; with an argument it is set.
 void biovatasetversion(int32_t argc)
@@ -52,8 +84,9 @@ void biepsilon(int32_t argc)
         return;
     for (int64_t k = 0, n = mo_count(a); k < n; k++) {
         double z = std::fabs(a->view ? v_el1(a, k) : mo_re(a)[k]);
-        mo_re(r)[k] = z >= misval ? misval : z == 0 ? smallest_ovdouble
-                                                    : std::nextafter(z, misval) - z;
+        mo_re(r)[k] = z >= misval ? misval
+                      : z == 0    ? smallest_ovdouble
+                                  : std::nextafter(z, misval) - z;
     }
     m_result(argc, r);
 }
@@ -97,8 +130,7 @@ void bierror(int32_t argc)
     int32_t rc;
     if (!bi_int(m_arg(0), 0, 2147483619, &rc))
         return;
-    if (m_errorwords)
-        m_errorwords(rc);
+    (void)!extended_error(rc);
     result_of(argc, rc);
 }
 
@@ -142,8 +174,14 @@ void bisetbreakintr(int32_t argc)
     altstopflag_val = z == 0;
     result_of(argc, was);
 }
-void biquerybreakintr(int32_t argc) { result_of(argc, stopflag_val != 0); }
-void bibreakkey(int32_t argc) { result_of(argc, stopflag || altstopflag); }
+void biquerybreakintr(int32_t argc)
+{
+    result_of(argc, stopflag_val != 0);
+}
+void bibreakkey(int32_t argc)
+{
+    result_of(argc, stopflag || altstopflag);
+}
 void bibreakkeyreset(int32_t argc)
 {
     intr_reset();
@@ -152,7 +190,8 @@ void bibreakkeyreset(int32_t argc)
 
 // ---- global objects by name
 
-namespace {
+namespace
+{
 
 bool global_name(const matobj *m, std::string *name)
 {
@@ -175,7 +214,7 @@ void result_pointer(int32_t argc, matobj *target)
     m_result(argc, r);
 }
 
-}  // namespace
+} // namespace
 
 void bifindexternal(int32_t argc)
 {
@@ -306,8 +345,7 @@ void birseed(int32_t argc)
             m_xrc = 3300;
             return;
         }
-    }
-    else {
+    } else {
         int32_t seed;
         if (!bi_int(a, 0, 2147483647, &seed))
             return;

@@ -16,8 +16,6 @@ const int32_t m_nbuiltin = int32_t(sizeof m_bitable / sizeof m_bitable[0]);
 m_bihandler m_bihandlers[m_maxbiid];
 int32_t m_biargs[m_maxbiid][2];
 
-void (*m_errorwords)(int32_t rc);
-
 static constexpr int32_t id_date = 368; // the meaning it has had since version 10
 
 static std::unordered_map<std::string_view, int32_t> &index_of_names()

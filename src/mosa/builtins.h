@@ -28,8 +28,5 @@ int32_t m_findbuiltin(const char *name);
 bool ismosabuiltin(const char *name);
 void m_biinit();
 
-// Prints what a return code means; filled by the command language.
-extern void (*m_errorwords)(int32_t rc);
-
 // The display of a matrix as opcode 41 and display() print it, at the present level.
 void mo_display(const matobj *m);

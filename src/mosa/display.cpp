@@ -13,10 +13,11 @@
 #include <cstdio>
 #include <string>
 
-namespace {
+namespace
+{
 
 constexpr const char *number_format = "%10.0g";
-constexpr int32_t gap = 3;  // blanks between columns
+constexpr int32_t gap = 3; // blanks between columns
 
 std::string text_number(double z)
 {
@@ -42,10 +43,8 @@ std::string text_of(const matobj *m, int32_t i, int32_t j)
     int64_t k = int64_t(i) * m->cols + j;
     char buffer[256];
     switch (m->eltype) {
-    case MO_REAL:
-        return text_number(m->view ? v_el(m, i, j) : mo_re(m)[k]);
-    case MO_COMPLEX:
-        return text_complex(mo_re(m)[k], mo_im(m)[k]);
+    case MO_REAL: return text_number(m->view ? v_el(m, i, j) : mo_re(m)[k]);
+    case MO_COMPLEX: return text_complex(mo_re(m)[k], mo_im(m)[k]);
     case MO_STRING:
         if (m->view)
             return std::string(buffer, size_t(v_sel(m, i, j, buffer)));
@@ -79,9 +78,9 @@ bool is_symmetric(const matobj *m)
 }
 
 struct layout {
-    int32_t label;  // width of the row numbers
+    int32_t label; // width of the row numbers
     int32_t cell;
-    bool lower;     // symmetric: the upper half is left out
+    bool lower; // symmetric: the upper half is left out
 };
 
 int32_t widest(const matobj *m, bool lower)
@@ -109,25 +108,29 @@ void put(std::string *s)
     spout21(s->c_str());
 }
 
+// Text at the right of a field.
+void pad_to(std::string *s, int32_t width, const std::string &text)
+{
+    if (int32_t(text.size()) < width)
+        s->append(size_t(width) - text.size(), ' ');
+    *s += text;
+}
+
 void block(const matobj *m, const layout *l, int32_t from, int32_t to)
 {
     std::string s(size_t(l->label) + 4, ' ');
-    char buffer[48];
-    for (int32_t j = from; j < to; j++) {
-        snprintf(buffer, sizeof buffer, "%*d", (j == from ? 2 : gap) + l->cell, j + 1);
-        s += buffer;
-    }
+    for (int32_t j = from; j < to; j++)
+        pad_to(&s, (j == from ? 2 : gap) + l->cell, std::to_string(j + 1));
     s += '\n';
     put(&s);
     rule(l, to - from);
     for (int32_t i = 0; i < m->rows && !fault_poll(); i++) {
-        snprintf(buffer, sizeof buffer, "  %*d |", l->label, i + 1);
-        s = buffer;
+        s.clear();
+        pad_to(&s, l->label + 2, std::to_string(i + 1));
+        s += " |";
         for (int32_t j = from; j < to; j++) {
             std::string cell = l->lower && j > i ? "" : text_of(m, i, j);
-            int32_t pad = (j == from ? 2 : gap) + l->cell - int32_t(cell.size());
-            s.append(size_t(std::max(pad, 0)), ' ');
-            s += cell;
+            pad_to(&s, (j == from ? 2 : gap) + l->cell, cell);
         }
         s += "  |\n";
         put(&s);
@@ -135,7 +138,7 @@ void block(const matobj *m, const layout *l, int32_t from, int32_t to)
     rule(l, to - from);
 }
 
-}  // namespace
+} // namespace
 
 void mo_display(const matobj *m)
 {

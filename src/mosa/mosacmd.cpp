@@ -21,7 +21,8 @@
 int32_t mosa_clear(int32_t), mosa_describe(int32_t), mosa_drop(int32_t), mosa_memory(int32_t),
     mosa_rename(int32_t), mosa_which(int32_t);
 
-namespace {
+namespace
+{
 
 constexpr int32_t rc_compile = 3000;
 
@@ -36,7 +37,10 @@ const subcommand subcommands[] = {
     {"mlib", 4, notbuilt},      {"mosave", 6, notbuilt},
 };
 
-bool at_keyboard() { return !runprog && !dofilep; }
+bool at_keyboard()
+{
+    return !runprog && !dofilep;
+}
 
 // What one run of the compiler's text needs kept while another is under way inside it.
 struct text_keep {
@@ -140,7 +144,7 @@ int32_t run_block_line()
         c_outlev = 0;
         return rc;
     }
-    std::string line = console;  // reading on overwrites the console
+    std::string line = console; // reading on overwrites the console
     return run_text(line.c_str());
 }
 
@@ -178,7 +182,7 @@ int32_t skip_block()
     return 0;
 }
 
-}  // namespace
+} // namespace
 
 int32_t mosacmd(int32_t)
 {

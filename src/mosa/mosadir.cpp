@@ -19,7 +19,8 @@
 int32_t mosa_clear(int32_t), mosa_describe(int32_t), mosa_drop(int32_t), mosa_memory(int32_t),
     mosa_rename(int32_t), mosa_which(int32_t);
 
-namespace {
+namespace
+{
 
 // "struct scalar", "real matrix", "function returning ..." of an object.
 std::string type_text(const matobj *m)
@@ -82,7 +83,7 @@ const char *rest_of_line()
     return p;
 }
 
-}  // namespace
+} // namespace
 
 int32_t mosa_describe(int32_t)
 {
@@ -98,8 +99,7 @@ int32_t mosa_describe(int32_t)
         mparsefree(&names);
         if (rc)
             return rc;
-    }
-    else
+    } else
         collect(&list);
     std::stable_sort(list.begin(), list.end(), [](const matobj *a, const matobj *b) {
         return mo_isfcn(a) != mo_isfcn(b) ? mo_isfcn(a) : full_name(a) < full_name(b);

@@ -2,8 +2,12 @@
 #include "data/dsa.h"
 #include "mosa/builtins.h"
 #include "mosa/views.h"
+#include "mosa/vm.h"
 
-static void renumber(uint32_t k) { v_upvarnums(int32_t(k)); }
+static void renumber(uint32_t k)
+{
+    v_upvarnums(int32_t(k));
+}
 
 int32_t mosainit()
 {

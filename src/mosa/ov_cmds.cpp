@@ -11,9 +11,13 @@
 #include <cstring>
 #include <string>
 
-namespace {
+namespace
+{
 
-void result_of(int32_t argc, double z) { m_result(argc, m_mktsmatsto(z)); }
+void result_of(int32_t argc, double z)
+{
+    m_result(argc, m_mktsmatsto(z));
+}
 
 // The line with its macros expanded, the console as it was.
 int32_t expanded(std::string *line)
@@ -58,7 +62,7 @@ bool command_call(int32_t argc, const char *id, int32_t *rc)
     return true;
 }
 
-}  // namespace
+} // namespace
 
 void biovata(int32_t argc)
 {
@@ -83,5 +87,11 @@ void bi_ovata(int32_t argc)
         result_of(argc, rc);
 }
 
-void biov_nobs(int32_t argc) { result_of(argc, _Nobs); }
-void biov_nvar(int32_t argc) { result_of(argc, _Kvar); }
+void biov_nobs(int32_t argc)
+{
+    result_of(argc, _Nobs);
+}
+void biov_nvar(int32_t argc)
+{
+    result_of(argc, _Kvar);
+}

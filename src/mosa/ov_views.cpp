@@ -8,9 +8,10 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace
+{
 
-constexpr int32_t SEL_NONE = -1, SEL_NOMISSING = 0;  // else the number of a variable
+constexpr int32_t SEL_NONE = -1, SEL_NOMISSING = 0; // else the number of a variable
 
 bool find_variable(const std::string &name, int32_t *k)
 {
@@ -93,7 +94,10 @@ bool read_selection(const matobj *s, int32_t *sel)
     return true;
 }
 
-bool is_string(int32_t k) { return t_isstr(_typlist[k - 1]); }
+bool is_string(int32_t k)
+{
+    return t_isstr(_typlist[k - 1]);
+}
 
 bool selected(int32_t sel, const std::vector<int32_t> &vars, int32_t obs)
 {
@@ -118,7 +122,7 @@ bool one_range(const matobj *i, int32_t r, double *first, double *last)
     *first = open ? 1 : trunc(*first);
     *last = *last >= misval ? _Nobs : trunc(*last);
     if (open && *last < *first)
-        return true;  // an empty dataset has no rows
+        return true; // an empty dataset has no rows
     return *first >= 1 && *first <= *last && *last <= _Nobs;
 }
 
@@ -167,9 +171,10 @@ void view_call(int32_t argc, const char *id, int16_t eltype)
     m_xeqerrid = id;
     std::vector<int32_t> vars, obs;
     int32_t sel = SEL_NONE;
-    bool run;
+    bool run = false;
     matobj *v = bi_arg(argc, 1);
-    if (!read_vars(bi_arg(argc, 3), &vars) || (argc > 3 && !read_selection(bi_arg(argc, 4), &sel)) ||
+    if (!read_vars(bi_arg(argc, 3), &vars) ||
+        (argc > 3 && !read_selection(bi_arg(argc, 4), &sel)) ||
         !read_obs(bi_arg(argc, 2), sel, vars, &obs, &run) || !bi_ismatrix(v))
         return;
     for (int32_t k : vars)
@@ -208,10 +213,16 @@ bool pick(const matobj *index, int32_t n, std::vector<int32_t> *out)
     return true;
 }
 
-}  // namespace
+} // namespace
 
-void biov_view(int32_t argc) { view_call(argc, "ov_view()", MO_REAL); }
-void biov_sview(int32_t argc) { view_call(argc, "ov_sview()", MO_STRING); }
+void biov_view(int32_t argc)
+{
+    view_call(argc, "ov_view()", MO_REAL);
+}
+void biov_sview(int32_t argc)
+{
+    view_call(argc, "ov_sview()", MO_STRING);
+}
 
 // ov_subview(X, V, i, j): X becomes a view of rows i and columns j of the view V.
 void biov_subview(int32_t argc)
@@ -255,5 +266,11 @@ static void parts_of(int32_t argc, const char *id, bool obs)
         m_result(argc, r);
 }
 
-void biov_viewvars(int32_t argc) { parts_of(argc, "ov_viewvars()", false); }
-void biov_viewobs(int32_t argc) { parts_of(argc, "ov_viewobs()", true); }
+void biov_viewvars(int32_t argc)
+{
+    parts_of(argc, "ov_viewvars()", false);
+}
+void biov_viewobs(int32_t argc)
+{
+    parts_of(argc, "ov_viewobs()", true);
+}
