@@ -257,7 +257,7 @@ static int32_t list()
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     if (chkfmt(l.fmt, nullptr) || fmt_isstr(l.fmt))
-        return error(120);
+        return errout(120, "invalid %%format\n");
     outlev_keep level(0);
     bool symmetric = umat_issym(&l.a) != 0;
     l.half = half && symmetric;

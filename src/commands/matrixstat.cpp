@@ -279,17 +279,22 @@ int32_t mat_glsaccum(int32_t)
 
 // ---- decompositions
 
-// The matrix behind the equals sign, copied out.
+// The matrix expression behind the equals sign, worked out under a name of its own; the
+// caller's names may stand in it.
 static int32_t operand(matref *a, std::vector<double> *el)
 {
-    char name[33];
-    strcut(name, sizeof name, ti_gettok(tokinfo, prsestd));
-    if (!*name)
-        return required("matrix name");
-    if (!umat_get(name, MK_MAT, a))
-        return matnotfound(name);
-    if (*ti_gettok(tokinfo, prsestd))
-        return error(RC_SYNTAX);
+    static const char *const temp = "1operand";
+    static xeqpgm pgm;
+    initialize_compexp_shared();
+    int32_t rc = compmatexp(&pgm, W_NUMMAT, false, false, true);
+    if (!rc && *ti_gettok(tokinfo, prsestd))
+        rc = error(RC_SYNTAX);
+    if (!rc)
+        rc = xeqmat_mat(&pgm, temp, MK_MAT);
+    if (rc)
+        return rc;
+    if (!umat_get(temp, MK_MAT, a))
+        return matnotfound(temp);
     if (umat_missing(a))
         return error(504);
     el->assign(a->m->el, a->m->el + int64_t(a->m->rows) * a->m->cols);
@@ -328,8 +333,13 @@ static std::vector<umatname> numbered(int32_t n, char letter)
     return s;
 }
 
+struct operand_gone {
+    ~operand_gone() { (void)umat_rm("1operand", MK_MAT); }
+};
+
 int32_t mat_svd(int32_t)
 {
+    operand_gone at_end;
     char name[3][33];
     matref a;
     std::vector<double> u;
@@ -350,6 +360,7 @@ int32_t mat_svd(int32_t)
 
 int32_t mat_symeigen(int32_t)
 {
+    operand_gone at_end;
     char name[2][33];
     matref a;
     std::vector<double> el;
@@ -368,6 +379,7 @@ int32_t mat_symeigen(int32_t)
 
 int32_t mat_eigenvalues(int32_t)
 {
+    operand_gone at_end;
     char name[2][33];
     matref a;
     std::vector<double> el;

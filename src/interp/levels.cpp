@@ -1,6 +1,7 @@
 // interp/levels.cpp - levels: a do-file or a program is entered, its lines are run, and what
 // it changed is put back on the way out, whatever the way.
 #include "core/files.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/settings.h"
 #include "data/sort.h"
@@ -288,7 +289,11 @@ void doepilog(doframe *f, int32_t kind)
         leave_shared(f);
         return;
     }
+<<<<<<< HEAD
+    progress_level(ovata_level - 1);
+=======
     rc_shown = false;
+>>>>>>> main
     uint8_t pgmclass = program_class;
     leave_settings(f);
     if (::estrestore)

@@ -127,8 +127,8 @@ static void cluster_note()
     if (clust.empty() || g >= misval)
         return;
     char n[40], text[200];
-    snprintf(text, sizeof text, "(Std. Err. adjusted for %s clusters in %s)", fmt_comma(n, g),
-             clust.c_str());
+    snprintf(text, sizeof text, "(Std. Err. adjusted for %s cluster%s in %s)", fmt_comma(n, g),
+             g == 1 ? "" : "s", clust.c_str());
     spout21fat(1, "%78s\n", text);
 }
 
@@ -157,6 +157,10 @@ int32_t coeftab_show(const coeftab *t)
     spout21("------------------------------------------------------------------------------\n");
     coeftab_heading(t, depvar.c_str(), *t->eform ? t->eform : "Coef.", isz, setype.c_str());
     coeftab_rule('+');
+    // Where everything fits exactly no variance tells a constant of zero from one left out.
+    bool varies = false;
+    for (int32_t j = 1; hasv && j <= v.m->cols; j++)
+        varies |= umat_el(v.m, j, j) > 0;
     const char *eq = "_";
     int32_t met = 0;
     for (int32_t j = 1; j <= b.m->cols; j++) {
@@ -175,7 +179,7 @@ int32_t coeftab_show(const coeftab *t)
         if (constant && *t->eform)
             continue;
         double z = umat_el(b.m, 1, j), var = hasv ? umat_el(v.m, j, j) : 0;
-        if (z == 0 && var == 0 && hasv) {
+        if (z == 0 && var == 0 && hasv && (!constant || varies)) {
             char shown[246];
             str_abbrev(shown, name.name, 12);
             if (t->omitted)

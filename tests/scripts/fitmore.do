@@ -102,6 +102,97 @@ nlincom (sum: _b[x]+2*_b[z]) (ratio: _b[x]/_b[z]), post
 same _b[sum] est
 same _se[sum] se 1e-6
 ereturn display, first
+* ---- each hypothesis on its own; whole equations
+quietly regress y x z g
+test x z g, mtest(holm)
+matrix M = r(mtest)
+quietly test x
+scalar p1 = r(p)
+quietly test z
+scalar p2 = r(p)
+quietly test g
+scalar p3 = r(p)
+* p2 < p1 < p3 here
+assert p2 < p1 & p1 < p3
+same M[2,3] 3*p2
+same M[1,3] max(3*p2,2*p1)
+same M[3,3] max(2*p1,p3)
+quietly test x z g, mtest(sidak)
+matrix M = r(mtest)
+same M[1,3] 1-(1-p1)^3
+capture noisily test x, mtest(tukey)
+capture noisily test (x = 12
+assert _rc == 198
+matrix b = (1, 2, 3, 4)
+matrix V = diag((1, 1, 4, 1))
+matrix colnames b = a:x a:_cons b:x b:_cons
+matrix colnames V = a:x a:_cons b:x b:_cons
+matrix rownames V = a:x a:_cons b:x b:_cons
+program two, eclass
+	ereturn post b V
+	ereturn local cmd two
+end
+two
+test [a=b]
+same r(chi2) 4/5
+test [a]: x _cons, mtest
+same r(chi2) 5
+capture noisily test [c]
+capture noisily test [a]: q
+* ---- what is decomposed may be any expression, and its result its operand
+matrix A = (2,1\1,2)
+matrix symeigen X L = 3*A
+same L[1,1] 9
+matrix symeigen A L = A
+same L[1,2] 1
+same abs(A[1,1]) sqrt(.5)
+capture noisily matrix list A, format(%5s)
+* ---- instruments: the two stages by hand
+gen double u = invnorm(uniform())
+gen double w = z + u + invnorm(uniform())
+gen double v = x + 2*w + 2*u
+quietly regress v x w (z x g) [aw=g]
+scalar bhat = _b[w]
+scalar sehat = _se[w]
+scalar c0 = _b[_cons]
+scalar sigma = e(rmse)
+gen double ivres2 = (v - _b[x]*x - _b[w]*w - _b[_cons])^2
+quietly summarize ivres2 [aw=g]
+same sigma sqrt(r(mean)*50/47)
+assert "`e(instd)'" == "w" & e(r2) < .
+quietly regress w x z g [aw=g]
+predict double what
+quietly regress v x what [aw=g]
+same bhat _b[what]
+same c0 _b[_cons]
+same sehat _se[what]*sigma/e(rmse)
+* one instrument: a ratio of covariances; own clusters: robust but for the factor
+quietly correlate v z, covariance
+scalar covar = r(cov_12)
+quietly correlate w z, covariance
+quietly regress v w (z), robust
+same _b[w] covar/r(cov_12)
+scalar sehat = _se[w]
+gen id = _n
+quietly regress v w (z), cluster(id)
+same _se[w] sehat
+quietly regress w z
+predict double wz
+quietly regress v w (z)
+gen double part = (v - _b[w]*w - _b[_cons])^2*(wz - 0)^2
+quietly summarize wz
+replace part = (v - _b[w]*w - _b[_cons])^2*(wz - r(mean))^2
+scalar ss = r(Var)*49
+quietly summarize part
+same sehat sqrt(50/48*r(sum))/ss
+regress v w x (z x), noheader
+capture noisily regress v w x (x)
+capture noisily regress v w (z), hc2
+capture noisily regress v w (z
+quietly regress v w x (w x)
+scalar Fols = e(F)
+quietly regress v w x
+same Fols e(F)
 * ---- what is stored comes back in its order, and a replay leaves the line as it was
 quietly regress y x z
 regress, noheader cformat(%8.3f) pformat(%6.4f) sformat(%7.3f)
