@@ -25,9 +25,9 @@
 namespace
 {
 struct dispstate {
-    char fmt[fmtlen + 1];  // of the next item, empty for none
-    int32_t dup;           // times the next item is shown
-    bool asis, more;       // _asis, _continue
+    char fmt[fmtlen + 1]; // of the next item, empty for none
+    int32_t dup;          // times the next item is shown
+    bool asis, more;      // _asis, _continue
 };
 } // namespace
 
@@ -165,10 +165,10 @@ static int32_t style_level(const char *word, bool in, const char **tag)
         uint8_t level;
         const char *tag;
     } rows[] = {
-        {"text", "green", 1, nullptr},   {"txt", nullptr, 1, nullptr},
+        {"text", "green", 1, nullptr},    {"txt", nullptr, 1, nullptr},
         {"result", "yellow", 0, nullptr}, {"res", nullptr, 0, nullptr},
-        {"error", "red", 3, nullptr},    {"err", nullptr, 3, nullptr},
-        {"input", "white", 1, "{com}"},  {"inp", "blue", 1, "{com}"},
+        {"error", "red", 3, nullptr},     {"err", nullptr, 3, nullptr},
+        {"input", "white", 1, "{com}"},   {"inp", "blue", 1, "{com}"},
         {"com", nullptr, 1, "{com}"},
     };
     for (const auto &r : rows) {
@@ -230,7 +230,7 @@ enum { D_NEWLINE, D_SKIP, D_COLUMN, D_DUP, D_CHAR, D_ASIS, D_CONTINUE, D_REQUEST
 static const struct {
     const char *word;
     int32_t min;
-} directives[] = {{"_newline", 2}, {"_skip", 2}, {"_column", 4}, {"_dup", 2},
+} directives[] = {{"_newline", 2}, {"_skip", 2}, {"_column", 4},   {"_dup", 2},
                   {"_char", 5},    {"_asis", 2}, {"_continue", 2}, {"_request", 2}};
 
 static int32_t run_directive(int32_t which, dispstate *d)
@@ -321,7 +321,7 @@ static int32_t item(dispstate *d, char *p)
         if (*p == '=')
             ti_settok(tokinfo, p + 1);
         rc = show_exp(d);
-        if (!rc && ti_wheretok(tokinfo) == p)  // nothing was taken: it will never be
+        if (!rc && ti_wheretok(tokinfo) == p) // nothing was taken: it will never be
             rc = error(RC_SYNTAX);
     }
     *d->fmt = 0;

@@ -268,6 +268,8 @@ int32_t show_file(const std::string &name, bool asis)
         held.append(buf, size_t(n));
         if (first && !asis && held.compare(0, 7, "{omcl}\n") == 0)
             markup = true;
+        if (first && markup)
+            spoutsml("{txt}"); // not in the style of the command that asked
         first = false;
         if (n)
             nl = buf[n - 1] == '\n';
@@ -284,8 +286,8 @@ int32_t cmd_type(int32_t)
     std::string name;
     bool asis = false, starbang = false, tabs = false;
     int32_t rc = filename(&name);
-    if (rc || (rc = lineend({{"asis", 1, &asis}, {"starbang", 8, &starbang},
-                             {"showtabs", 8, &tabs}})))
+    if (rc ||
+        (rc = lineend({{"asis", 1, &asis}, {"starbang", 8, &starbang}, {"showtabs", 8, &tabs}})))
         return rc;
     return show_file(name, asis);
 }

@@ -3,11 +3,11 @@
 // Columns are fitted to what they hold: one pass finds the widest value of each, a second
 // prints. A table wider than the line goes out as several tables of columns, one below the
 // other, each with the observation numbers in front.
-#include "core/text.h"
 #include "core/mem.h"
 #include "core/missing.h"
 #include "core/rc.h"
 #include "core/state.h"
+#include "core/text.h"
 #include "data/dsa.h"
 #include "data/labels.h"
 #include "data/variables.h"
@@ -22,9 +22,10 @@
 #include <memory>
 #include <vector>
 
-namespace {
+namespace
+{
 
-constexpr int32_t cellmax = 250;  // bytes a shown value can need
+constexpr int32_t cellmax = 250; // bytes a shown value can need
 
 struct lcol {
     int32_t var;
@@ -44,8 +45,8 @@ struct listopts {
 struct listing {
     listopts o;
     std::vector<lcol> col;
-    std::vector<int32_t> sepby;  // a line wherever one of these variables changes
-    int32_t obswidth;  // digits of the largest observation number
+    std::vector<int32_t> sepby; // a line wherever one of these variables changes
+    int32_t obswidth;           // digits of the largest observation number
     // A bit for each observation of the range: what the condition, asked once, said. Null: all.
     std::unique_ptr<uint8_t, void (*)(void *)> chosen{nullptr, [](void *p) { safefree(p); }};
     bool has(int32_t obs) const
@@ -202,7 +203,10 @@ void put_cell(const lcol &c, const char *text, int32_t len)
         row.fill(' ', c.width - len);
 }
 
-int32_t lead(const listing &l) { return l.o.obs ? l.obswidth + 3 : l.o.clean ? 0 : 2; }
+int32_t lead(const listing &l)
+{
+    return l.o.obs ? l.obswidth + 3 : l.o.clean ? 0 : 2;
+}
 
 int32_t group_width(const listing &l, size_t from, size_t to)
 {
@@ -315,7 +319,7 @@ int32_t put_table(const listing &l, size_t from, size_t to)
     return stopflag;
 }
 
-}  // namespace
+} // namespace
 
 int32_t listcmd(int32_t kind);
 int32_t listcmd(int32_t kind)

@@ -4,6 +4,7 @@
 #include "commands/tabstats.h"
 #include "core/mem.h"
 #include "core/missing.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -92,7 +93,7 @@ int32_t tally(tabcmd *t)
     double counted = 0;
     int32_t maxr = t->nvar == 2 ? max_rows : max_oneway, width = t->nvar == 2 ? max_cols : 1;
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("tabulating", obs, parinfo->pi_obs2))
             return stopflag;
         if (!selobs(obs))
             continue;

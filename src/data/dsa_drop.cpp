@@ -62,7 +62,7 @@ void dsa_delete_all(dsa_area *d)
 // ---- variables
 
 struct dsa_keeprun {
-    uint32_t from, to;  // 0-based, half open
+    uint32_t from, to; // 0-based, half open
 };
 
 uint8_t *dsa_drop_open(dsa_area *d, uint8_t initial)
@@ -73,7 +73,10 @@ uint8_t *dsa_drop_open(dsa_area *d, uint8_t initial)
     return flags;
 }
 
-void dsa_drop_close(dsa_area *, uint8_t *flags) { safefree(flags); }
+void dsa_drop_close(dsa_area *, uint8_t *flags)
+{
+    safefree(flags);
+}
 
 static uint32_t list_runs(const uint8_t *flags, uint32_t K, dsa_keeprun *runs)
 {
@@ -258,8 +261,8 @@ int32_t pi_dsa_mvvar(dsa_area *d, uint32_t from, uint32_t to,
     if (from == to || from < 1 || to < 1 || from > d->K || to > d->K)
         return 0;
     uint64_t w = uint64_t(dsa_bytlenc(d->typ[from - 1])), at = d->offset[from - 1];
-    uint64_t goal = from < to ? d->offset[to - 1] + dsa_bytlenc(d->typ[to - 1]) - w
-                              : d->offset[to - 1];
+    uint64_t goal =
+        from < to ? d->offset[to - 1] + dsa_bytlenc(d->typ[to - 1]) - w : d->offset[to - 1];
     char *keep = d->segment_table[0];
     for (uint32_t i = 1; i < d->_No_; i++) {
         char *row = dsa_obsptr(d, i);

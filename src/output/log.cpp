@@ -114,7 +114,7 @@ int32_t log_close(const char *name)
     const logrow *l = log_find(name);
     if (!l)
         return error(606);
-    omllog_pause(oml_cur, l->id, false);  // how it ended is told even while it is off
+    omllog_pause(oml_cur, l->id, false); // how it ended is told even while it is off
     log_report(l, "closed on");
     rule();
     logrow was = *l;
@@ -190,8 +190,14 @@ bool cmdlog_on;
 static int32_t cmdfd = -1;
 static std::string cmdpath;
 
-bool cmdlog_isopen() { return cmdfd >= 0; }
-const char *cmdlog_path() { return cmdpath.c_str(); }
+bool cmdlog_isopen()
+{
+    return cmdfd >= 0;
+}
+const char *cmdlog_path()
+{
+    return cmdpath.c_str();
+}
 
 int32_t cmdlog_open(const char *path, bool replace, bool append)
 {

@@ -59,6 +59,7 @@ struct layout {
     int32_t wordcols;
     char *word;            // omlbuflen bytes
     uint8_t style;         // as last sent to a colour terminal
+    uint8_t wordstyle;     // in force where the gathered word begins
 };
 
 void lay_text(layout *l, const char *p, size_t n);

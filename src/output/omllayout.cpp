@@ -3,8 +3,12 @@
 // Plain text goes on behind "> " when a line is full. In a paragraph, words are gathered and
 // placed; blanks stay as typed, a line end counts as one, an empty line ends it. Bytes 0x80 to
 // 0xBF take no column, so a character of several bytes is never cut.
-#include "output/oml_int.h"
 #include "core/files.h"
+<<<<<<< HEAD
+#include "core/progress.h"
+=======
+#include "output/oml_int.h"
+>>>>>>> main
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -21,6 +25,8 @@ void io_flush(omlio *io)
     }
     if (io->fd < 0 || io->err)
         return;
+    if (io->eachline && progress_shown)
+        progress_wipe();
     if (io->log) {
         if (ovata_write(io->fd, io->buf, int32_t(n)) != int32_t(n))
             io->err = 693;
@@ -48,7 +54,10 @@ void io_put(omlio *io, const char *p, size_t n)
     io->n += n;
 }
 
-static inline int32_t chcols(char c) { return (uint8_t(c) & 0xc0) != 0x80; }
+static inline int32_t chcols(char c)
+{
+    return (uint8_t(c) & 0xc0) != 0x80;
+}
 
 static int32_t cols_of(const char *p, size_t n)
 {
@@ -127,14 +136,10 @@ static void pad(layout *l, int32_t n)
 static void plainrun(layout *l, const char *p, size_t n)
 {
     style_now(l);
-    if (l->col + int64_t(n) <= l->width) {  // bytes are at least as many as columns
+    // Bytes are at least as many as columns, but for tabs.
+    if (l->col + int64_t(n) <= l->width && !memchr(p, '\t', n)) {
         io_put(&l->io, p, n);
-        if (std::none_of(p, p + n, [](char c) { return uint8_t(c) >= 0x80 || c == '\t'; })) {
-            l->col += int32_t(n);
-            return;
-        }
-        for (size_t i = 0; i < n; i++)
-            l->col = p[i] == '\t' ? (l->col | 7) + 1 : l->col + chcols(p[i]);
+        l->col += cols_of(p, n);
         return;
     }
     for (size_t i = 0; i < n; i++) {
@@ -162,18 +167,29 @@ static void startline(layout *l)
     l->indent = l->ind2;
 }
 
+static void restyle(layout *l, uint8_t style)
+{
+    char code[40];
+    if (!l->color || l->style == style)
+        return;
+    l->style = style;
+    io_put(&l->io, code, stylecode(code, l));
+}
+
 // Places the word gathered so far. A piece of an overlong word goes on where the line is.
 static void placeword(layout *l)
 {
     if (!l->nword)
         return;
-    if (l->blanks >= 0) {  // -1: glued to what was placed before
-        if (!l->fresh && l->wordcols &&
-            l->col + l->blanks + l->wordcols > l->width - l->rmargin) {
+    if (l->blanks >= 0) { // -1: glued to what was placed before
+        if (!l->fresh && l->wordcols && l->col + l->blanks + l->wordcols > l->width - l->rmargin) {
+            uint8_t last = l->style;
             endline(l);
             l->fresh = true;
-        }
-        if (l->fresh)
+            startline(l);
+            restyle(l, l->wordstyle);
+            l->style = last;
+        } else if (l->fresh)
             startline(l);
         else
             pad(l, l->blanks);
@@ -189,6 +205,8 @@ static void addword(layout *l, const char *p, size_t n, int32_t cols)
 {
     if (l->nword + n + 40 > omlbuflen)
         placeword(l);
+    if (!l->nword)
+        l->wordstyle = l->style;
     if (l->color && l->style != l->o->style) {
         l->style = l->o->style;
         l->nword += stylecode(l->word + l->nword, l);
@@ -203,6 +221,8 @@ static void endword(layout *l)
     placeword(l);
     if (l->blanks < 0)
         l->blanks = 0;
+    if (l->style & (ST_UNDER | ST_LINK)) // shows on the blanks between words
+        style_now(l);
 }
 
 static void pararun(layout *l, const char *p, size_t n)

@@ -11,12 +11,12 @@ const char page_library[] = "libcairo.so.2";
 // What is used of the library, by its own names.
 #define TOOLS(X)                                                                                   \
     X(cairo_pdf_surface_create_for_stream)                                                         \
-    X(cairo_ps_surface_create_for_stream) X(cairo_create) X(cairo_destroy)                         \
-        X(cairo_surface_destroy) X(cairo_surface_finish) X(cairo_surface_status)                   \
-            X(cairo_show_page) X(cairo_show_text) X(cairo_move_to) X(cairo_line_to)                \
-                X(cairo_stroke) X(cairo_set_line_width) X(cairo_set_source_rgb)                    \
-                    X(cairo_select_font_face) X(cairo_set_font_size) X(cairo_text_extents)         \
-                        X(cairo_status)
+    X(cairo_ps_surface_create_for_stream)                                                          \
+    X(cairo_create) X(cairo_destroy) X(cairo_surface_destroy) X(cairo_surface_finish)              \
+        X(cairo_surface_status) X(cairo_show_page) X(cairo_show_text) X(cairo_move_to)             \
+            X(cairo_line_to) X(cairo_stroke) X(cairo_set_line_width) X(cairo_set_source_rgb)       \
+                X(cairo_select_font_face) X(cairo_set_font_size) X(cairo_text_extents)             \
+                    X(cairo_status)
 struct pagetools {
 #define FIELD(name) decltype(&::name) name;
     TOOLS(FIELD)

@@ -3,7 +3,11 @@
 //   _predict [type] newvar [if] [in] [, statistic equation(name)]
 #include "core/mem.h"
 #include "core/missing.h"
+<<<<<<< HEAD
+#include "core/progress.h"
+=======
 #include "core/numtext.h"
+>>>>>>> main
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -344,7 +348,7 @@ int32_t predictcmd(int32_t)
     rowvalues v;
     rv_open(&v, nullptr, parinfo->pi_obs2);
     for (int32_t obs = 1; obs <= _Nobs; obs++) {
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("predicting", obs, _Nobs))
             return stopflag;
         bool in = obs >= parinfo->pi_obs1 && obs <= parinfo->pi_obs2 && rv_selected(&v, obs);
         double z = in ? value_at(&c, obs) : misval;

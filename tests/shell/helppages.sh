@@ -25,6 +25,6 @@ for name; do
     grep -q '^{p 8 8 2}{cmd:\. ' "$page" || { echo "$name: no example"; bad=1; }
 done
 sh "$source/tools/help-index.sh" --print | cmp -s - "$source/help/index" || {
-    echo "help/index is not fresh: run tools/help-index.sh"; bad=1
+    echo "help/index is not fresh: build again, or run tools/help-index.sh"; bad=1
 }
 exit $bad

@@ -115,8 +115,8 @@ TEST(help, pages_are_sound)
         std::string word = rows.substr(at, blank - at);
         EXPECT_LT(last, word);
         EXPECT_TRUE(access((pages + word + ".ovhlp").c_str(), F_OK)) << word << " is a page";
-        EXPECT_EQ(access((pages + rows.substr(blank + 1, end - blank - 1) + ".ovhlp").c_str(), F_OK),
-                  0)
+        EXPECT_EQ(
+            access((pages + rows.substr(blank + 1, end - blank - 1) + ".ovhlp").c_str(), F_OK), 0)
             << word;
         last = word;
         at = end + 1;
@@ -127,7 +127,7 @@ TEST(help, answers_and_refusals)
 {
     EXPECT_EQ(run("help nosuchword"), 111);
     EXPECT_EQ(session_output.find("help for nosuchword not found"), 0u);
-    EXPECT_EQ(session_output.find("did you mean"), session_output.npos);  // nobody is there
+    EXPECT_EQ(session_output.find("did you mean"), session_output.npos); // nobody is there
     EXPECT_EQ(run("help xmluse"), 0);
     EXPECT_EQ(run("help r(198)"), 0);
     EXPECT_NE(session_output.find("invalid syntax"), session_output.npos);
