@@ -4,11 +4,8 @@
 // placed; blanks stay as typed, a line end counts as one, an empty line ends it. Bytes 0x80 to
 // 0xBF take no column, so a character of several bytes is never cut.
 #include "core/files.h"
-<<<<<<< HEAD
 #include "core/progress.h"
-=======
 #include "output/oml_int.h"
->>>>>>> main
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
