@@ -25,11 +25,22 @@
 namespace
 {
 struct dispstate {
-    char fmt[fmtlen + 1];  // of the next item, empty for none
-    int32_t dup;           // times the next item is shown
-    bool asis, more;       // _asis, _continue
+    char fmt[fmtlen + 1]; // of the next item, empty for none
+    int32_t dup;          // times the next item is shown
+    bool asis, more;      // _asis, _continue
 };
 } // namespace
+
+// Where the items go when they are wanted as text; null for the output.
+static std::string *sink;
+
+static int32_t put(const char *text)
+{
+    if (!sink)
+        return spout21(text);
+    *sink += text;
+    return stopflag;
+}
 
 static char *skipblanks()
 {
@@ -45,16 +56,16 @@ static int32_t show_number(const dispstate *d, double z)
         fmtnum(text, sizeof text, z, d->fmt);
     else
         fmtnumtrim(text, sizeof text, z, "%9.0g");
-    return spout21(text);
+    return put(text);
 }
 
 static int32_t show_string(const dispstate *d, const char *s)
 {
     char text[600];
     if (!*d->fmt)
-        return spout21(s);
+        return put(s);
     fmtstr(text, sizeof text, s, d->fmt);
-    return spout21(text);
+    return put(text);
 }
 
 static int32_t show_exp(dispstate *d)
@@ -112,8 +123,8 @@ static int32_t show_literal(const dispstate *d)
         return stopflag;
     }
     for (int32_t i = d->dup; i > 0 && !stopflag; i--) {
-        if (d->asis) {
-            spout21(text.c_str());
+        if (d->asis || sink) {
+            put(text.c_str());
             continue;
         }
         if (!out_shown(c_outlev))
@@ -154,10 +165,10 @@ static int32_t style_level(const char *word, bool in, const char **tag)
         uint8_t level;
         const char *tag;
     } rows[] = {
-        {"text", "green", 1, nullptr},   {"txt", nullptr, 1, nullptr},
+        {"text", "green", 1, nullptr},    {"txt", nullptr, 1, nullptr},
         {"result", "yellow", 0, nullptr}, {"res", nullptr, 0, nullptr},
-        {"error", "red", 3, nullptr},    {"err", nullptr, 3, nullptr},
-        {"input", "white", 1, "{com}"},  {"inp", "blue", 1, "{com}"},
+        {"error", "red", 3, nullptr},     {"err", nullptr, 3, nullptr},
+        {"input", "white", 1, "{com}"},   {"inp", "blue", 1, "{com}"},
         {"com", nullptr, 1, "{com}"},
     };
     for (const auto &r : rows) {
@@ -180,7 +191,7 @@ static int32_t set_style(bool in)
     if (level < 0)
         return error(RC_SYNTAX);
     c_outlev = uint8_t(level);
-    if (tag)
+    if (tag && !sink)
         spoutsml(tag);
     return stopflag;
 }
@@ -204,8 +215,14 @@ static int32_t request()
     return macresave(name.c_str(), line);
 }
 
-static int32_t put_markup(const char *form, int32_t n)
+// Blanks, or blanks up to a column; form is the tag that makes them.
+static int32_t put_blanks(const char *form, int32_t n, bool column)
 {
+    if (sink) {
+        n -= column ? int32_t(sink->size()) + 1 : 0;
+        sink->append(size_t(std::clamp(n, 0, macrolen)), ' ');
+        return stopflag;
+    }
     return n > 0 ? spoutsmlf(form, n) : int32_t(stopflag);
 }
 
@@ -213,7 +230,7 @@ enum { D_NEWLINE, D_SKIP, D_COLUMN, D_DUP, D_CHAR, D_ASIS, D_CONTINUE, D_REQUEST
 static const struct {
     const char *word;
     int32_t min;
-} directives[] = {{"_newline", 2}, {"_skip", 2}, {"_column", 4}, {"_dup", 2},
+} directives[] = {{"_newline", 2}, {"_skip", 2}, {"_column", 4},   {"_dup", 2},
                   {"_char", 5},    {"_asis", 2}, {"_continue", 2}, {"_request", 2}};
 
 static int32_t run_directive(int32_t which, dispstate *d)
@@ -223,16 +240,16 @@ static int32_t run_directive(int32_t which, dispstate *d)
         return rc;
     switch (which) {
     case D_NEWLINE:
-        for (; n > 0 && !stopflag; n--)
+        for (; n > 0 && !stopflag && !sink; n--)
             newline();
         break;
-    case D_SKIP: return put_markup("{space %d}", std::min(n, 32000));
-    case D_COLUMN: return put_markup("{col %d}", n);
+    case D_SKIP: return put_blanks("{space %d}", std::min(n, 32000), false);
+    case D_COLUMN: return put_blanks("{col %d}", n, true);
     case D_DUP: d->dup = n; break;
     case D_CHAR:
         if (n >= 1 && n <= 255) {
             char text[2] = {char(n), 0};
-            spout21(text);
+            put(text);
         }
         break;
     case D_ASIS: d->asis = true; break;
@@ -285,7 +302,7 @@ static int32_t item(dispstate *d, char *p)
     if (*p == ',') {
         bool two = p[1] == ',';
         ti_settok(tokinfo, p + 1 + two);
-        return two ? int32_t(stopflag) : spout21(" ");
+        return two ? int32_t(stopflag) : put(" ");
     }
     if (*p == '%')
         return read_format(d, p);
@@ -304,7 +321,7 @@ static int32_t item(dispstate *d, char *p)
         if (*p == '=')
             ti_settok(tokinfo, p + 1);
         rc = show_exp(d);
-        if (!rc && ti_wheretok(tokinfo) == p)  // nothing was taken: it will never be
+        if (!rc && ti_wheretok(tokinfo) == p) // nothing was taken: it will never be
             rc = error(RC_SYNTAX);
     }
     *d->fmt = 0;
@@ -312,19 +329,40 @@ static int32_t item(dispstate *d, char *p)
     return rc;
 }
 
-int32_t display(int32_t)
+static int32_t items(dispstate *d)
 {
-    dispstate d = {};
-    d.dup = 1;
-    outlev_keep keep(0);
+    d->dup = 1;
     if (!byvar) {
         nobss1 = 1;
         nobss2 = _Nobs;
     }
     for (char *p = skipblanks(); *p; p = skipblanks()) {
-        int32_t rc = item(&d, p);
+        int32_t rc = item(d, p);
         if (rc)
             return rc;
+        if (sink && sink->size() >= size_t(macrolen))
+            return error(RC_LONGCMD);
     }
+    return 0;
+}
+
+static int32_t as_text(std::string *out)
+{
+    dispstate d = {};
+    outlev_keep keep(0);
+    out->clear();
+    sink = out;
+    int32_t rc = items(&d);
+    sink = nullptr;
+    return rc;
+}
+[[maybe_unused]] static const bool hooked = (mac_displaytext = as_text, true);
+
+int32_t display(int32_t)
+{
+    dispstate d = {};
+    outlev_keep keep(0);
+    if (int32_t rc = items(&d))
+        return rc;
     return d.more ? int32_t(stopflag) : newline();
 }

@@ -1,4 +1,5 @@
 // commands/filecmds.cpp - files and directories: pwd cd dir mkdir rmdir erase copy type view.
+#include "commands/showfile.h"
 #include "core/files.h"
 #include "core/mem.h"
 #include "core/rc.h"
@@ -247,7 +248,7 @@ static int32_t show_piece(std::string *held, bool markup, bool all)
     return markup ? spoutsml(part.c_str()) : spout21(part.c_str());
 }
 
-static int32_t show_file(const std::string &name, bool asis)
+int32_t show_file(const std::string &name, bool asis)
 {
     int32_t fd = ov_open(name.c_str(), OV_READ);
     if (fd < 0)
@@ -267,6 +268,8 @@ static int32_t show_file(const std::string &name, bool asis)
         held.append(buf, size_t(n));
         if (first && !asis && held.compare(0, 7, "{omcl}\n") == 0)
             markup = true;
+        if (first && markup)
+            spoutsml("{txt}"); // not in the style of the command that asked
         first = false;
         if (n)
             nl = buf[n - 1] == '\n';
@@ -283,8 +286,8 @@ int32_t cmd_type(int32_t)
     std::string name;
     bool asis = false, starbang = false, tabs = false;
     int32_t rc = filename(&name);
-    if (rc || (rc = lineend({{"asis", 1, &asis}, {"starbang", 8, &starbang},
-                             {"showtabs", 8, &tabs}})))
+    if (rc ||
+        (rc = lineend({{"asis", 1, &asis}, {"starbang", 8, &starbang}, {"showtabs", 8, &tabs}})))
         return rc;
     return show_file(name, asis);
 }

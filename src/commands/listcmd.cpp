@@ -3,11 +3,11 @@
 // Columns are fitted to what they hold: one pass finds the widest value of each, a second
 // prints. A table wider than the line goes out as several tables of columns, one below the
 // other, each with the observation numbers in front.
-#include "core/text.h"
 #include "core/mem.h"
 #include "core/missing.h"
 #include "core/rc.h"
 #include "core/state.h"
+#include "core/text.h"
 #include "data/dsa.h"
 #include "data/labels.h"
 #include "data/variables.h"
@@ -22,9 +22,10 @@
 #include <memory>
 #include <vector>
 
-namespace {
+namespace
+{
 
-constexpr int32_t cellmax = 250;  // bytes a shown value can need
+constexpr int32_t cellmax = 250; // bytes a shown value can need
 
 struct lcol {
     int32_t var;
@@ -37,12 +38,15 @@ struct lcol {
 struct listopts {
     bool clean, obs, label, fast, header;
     int32_t separator;  // observations between lines, 0 none
+    int32_t abbreviate; // least room for a variable's name
+    int32_t string;     // characters of a string that are shown, 0 all
 };
 
 struct listing {
     listopts o;
     std::vector<lcol> col;
-    int32_t obswidth;  // digits of the largest observation number
+    std::vector<int32_t> sepby; // a line wherever one of these variables changes
+    int32_t obswidth;           // digits of the largest observation number
     // A bit for each observation of the range: what the condition, asked once, said. Null: all.
     std::unique_ptr<uint8_t, void (*)(void *)> chosen{nullptr, [](void *p) { safefree(p); }};
     bool has(int32_t obs) const
@@ -71,13 +75,15 @@ int32_t choose(listing *l)
 }
 
 // A value as its column shows it, without padding.
-int32_t show(const lcol &c, int32_t obs, char *out)
+int32_t show(const listopts &o, const lcol &c, int32_t obs, char *out)
 {
     int32_t var = c.var;
     const char *fmt = _fmtlist[var - 1];
     if (t_isstr(_typlist[var - 1])) {
         char text[246];
         dsa_sdata(sysdsa, uint32_t(var), uint32_t(obs), text);
+        if (o.string > 0 && strlen(text) > size_t(o.string))
+            return snprintf(out, cellmax, "%.*s..", o.string, text);
         return snprintf(out, cellmax, "%s", text);
     }
     double z = dsa_data(sysdsa, uint32_t(var), uint32_t(obs));
@@ -103,6 +109,11 @@ int32_t parse(listing *l, int32_t kind)
     l->o.fast = ti_pi_findopt(tokinfo, parinfo, "fast", 4, kind == 2);
     l->o.header = ti_pi_findopt(tokinfo, parinfo, "header", 4, 1);
     l->o.separator = ti_pi_findopta(tokinfo, parinfo, "separator", 3, 5);
+    l->o.abbreviate = ti_pi_findopta(tokinfo, parinfo, "abbreviate", 2, 8);
+    l->o.string = ti_pi_findopta(tokinfo, parinfo, "string", 3, 0);
+    l->sepby.resize(size_t(max_theory_k));
+    int32_t nsep = ti_pi_findvlist(tokinfo, parinfo, "sepby", 5, l->sepby.data(), max_theory_k);
+    l->sepby.resize(size_t(nsep));
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     for (int32_t i = 0; i < parinfo->pi_nvar; i++) {
@@ -133,7 +144,7 @@ int32_t fit(listing *l)
         if (l->o.fast)
             continue;
         for (lcol &c : l->col) {
-            int32_t w = show(c, obs, buf);
+            int32_t w = show(l->o, c, obs, buf);
             if (w > c.width)
                 c.width = w;
         }
@@ -141,7 +152,8 @@ int32_t fit(listing *l)
     for (lcol &c : l->col) {
         if (l->o.fast)
             c.width = fmtwidth(_fmtlist[c.var - 1]);
-        int32_t room = c.width > 8 ? c.width : 8;
+        int32_t room = c.width > l->o.abbreviate ? c.width : l->o.abbreviate;
+        room = room < 5 ? 5 : room;
         char full[246];
         str_abbrev(full, _varlist[c.var - 1], room);
         strcut(c.head, sizeof c.head, full);
@@ -191,7 +203,10 @@ void put_cell(const lcol &c, const char *text, int32_t len)
         row.fill(' ', c.width - len);
 }
 
-int32_t lead(const listing &l) { return l.o.obs ? l.obswidth + 3 : l.o.clean ? 0 : 2; }
+int32_t lead(const listing &l)
+{
+    return l.o.obs ? l.obswidth + 3 : l.o.clean ? 0 : 2;
+}
 
 int32_t group_width(const listing &l, size_t from, size_t to)
 {
@@ -245,13 +260,37 @@ int32_t put_obs(const listing &l, int32_t obs, size_t from, size_t to)
     for (size_t j = from; j < to; j++) {
         if (l.o.clean)
             row.fill(' ', 3);
-        put_cell(l.col[j], buf, show(l.col[j], obs, buf));
+        put_cell(l.col[j], buf, show(l.o, l.col[j], obs, buf));
         if (!l.o.clean)
             row.fill(' ', 1);
     }
     if (!l.o.clean)
         row.put("|", 1);
     return row.out(0);
+}
+
+bool differ(int32_t var, int32_t a, int32_t b)
+{
+    if (!t_isstr(_typlist[var - 1]))
+        return dsa_data(sysdsa, uint32_t(var), uint32_t(a)) !=
+               dsa_data(sysdsa, uint32_t(var), uint32_t(b));
+    char s[246], t[246];
+    dsa_sdata(sysdsa, uint32_t(var), uint32_t(a), s);
+    dsa_sdata(sysdsa, uint32_t(var), uint32_t(b), t);
+    return strcmp(s, t) != 0;
+}
+
+// Whether a line goes between the n-th observation shown, last, and the one that follows.
+bool line_due(const listing &l, int32_t n, int32_t last, int32_t obs)
+{
+    if (l.o.clean || !n)
+        return false;
+    if (l.sepby.empty())
+        return l.o.separator > 0 && n % l.o.separator == 0;
+    for (int32_t var : l.sepby)
+        if (differ(var, last, obs))
+            return true;
+    return false;
 }
 
 int32_t put_table(const listing &l, size_t from, size_t to)
@@ -264,13 +303,14 @@ int32_t put_table(const listing &l, size_t from, size_t to)
         if (!l.o.clean)
             put_rule(l, from, to, '|');
     }
-    int32_t n = 0;
+    int32_t n = 0, last = 0;
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
         if (!l.has(obs))
             continue;
-        if (!l.o.clean && l.o.separator > 0 && n && n % l.o.separator == 0)
+        if (line_due(l, n, last, obs))
             put_rule(l, from, to, '|');
         n++;
+        last = obs;
         if (put_obs(l, obs, from, to))
             return stopflag;
     }
@@ -279,7 +319,7 @@ int32_t put_table(const listing &l, size_t from, size_t to)
     return stopflag;
 }
 
-}  // namespace
+} // namespace
 
 int32_t listcmd(int32_t kind);
 int32_t listcmd(int32_t kind)

@@ -136,7 +136,7 @@ static int32_t define()
 struct listing {
     matref a;
     char fmt[fmtlen + 1];
-    bool names, half;
+    bool names, half, dotz;
     int32_t width;     // of a cell
     int32_t label;     // of the names of the rows
     int32_t first, last;  // columns of the panel
@@ -171,12 +171,10 @@ static void measure(listing *l)
         int32_t n = fmtnumtrim(cell, sizeof cell, l->a.m->el[i], l->fmt);
         l->width = n > l->width ? n : l->width;
     }
-    l->label = l->names ? longest(l->a.row, l->a.m->rows) : 0;
-    if (l->names && has_equations(l->a.row, l->a.m->rows)) {
-        int32_t eq = 0;
-        for (int32_t i = 0; i < l->a.m->rows; i++)
-            eq = int32_t(strlen(equation(l->a.row[i]))) > eq ? int32_t(strlen(equation(l->a.row[i]))) : eq;
-        l->label += eq + 1;
+    l->label = 0;
+    for (int32_t i = 0; l->names && i < l->a.m->rows; i++) {
+        size_t eq = strlen(equation(l->a.row[i])), n = strlen(l->a.row[i].name) + eq + (eq > 0);
+        l->label = int32_t(n) > l->label ? int32_t(n) : l->label;
     }
 }
 
@@ -204,7 +202,10 @@ static int32_t panel(const listing *l)
             continue;
         spout21f("%*s", l->label, l->names ? label : "");
         for (int32_t j = l->first; j <= (l->half && i < l->last ? i : l->last); j++) {
-            fmtnumtrim(cell, sizeof cell, umat_el(l->a.m, i + 1, j + 1), l->fmt);
+            double z = umat_el(l->a.m, i + 1, j + 1);
+            *cell = 0;
+            if (l->dotz || z != misval_z)
+                fmtnumtrim(cell, sizeof cell, z, l->fmt);
             spout21f("  %*s", l->width, cell);
         }
         if (newline())
@@ -246,7 +247,8 @@ static int32_t list()
     if ((rc = ti_pi_parse(tokinfo, parinfo)))
         return rc;
     bool header = ti_pi_findopt(tokinfo, parinfo, "header", 4, 1);
-    (void)ti_pi_findopt(tokinfo, parinfo, "blank", 5, 1);
+    bool blank = ti_pi_findopt(tokinfo, parinfo, "blank", 4, 1);
+    l.dotz = ti_pi_findopt(tokinfo, parinfo, "dotz", 4, 1);
     l.names = ti_pi_findopt(tokinfo, parinfo, "names", 4, 1);
     bool half = ti_pi_findopt(tokinfo, parinfo, "half", 4, 1);
     if (!ti_pi_findargn(tokinfo, parinfo, "format", 1, l.fmt, fmtlen, 1))
@@ -255,12 +257,12 @@ static int32_t list()
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     if (chkfmt(l.fmt, nullptr) || fmt_isstr(l.fmt))
-        return error(120);
+        return errout(120, "invalid %%format\n");
     outlev_keep level(0);
     bool symmetric = umat_issym(&l.a) != 0;
     l.half = half && symmetric;
     if (header)
-        spout21f("\n%s%s[%d,%d]%s%s\n", l.half && l.a.m->rows > 1 ? "symmetric " : "", shown,
+        spout21f("%s%s%s[%d,%d]%s%s\n", blank ? "\n" : "", l.half && l.a.m->rows > 1 ? "symmetric " : "", shown,
                  l.a.m->rows, l.a.m->cols, *title ? ":  " : "", title);
     measure(&l);
     int32_t fit = (set_linesize - l.label) / (l.width + 2);
@@ -334,6 +336,7 @@ static int32_t set_names(char side, char what)
     int32_t n = side == 'r' ? a.m->rows : a.m->cols, count = 0;
     umatname *stripe = side == 'r' ? a.row : a.col;
     std::vector<umatname> given(stripe, stripe + n);
+    bool eqonly = false;
     static const char blank[] = " \"";
     for (std::string word = ti_gettok(tokinfo, blank); !word.empty();
          word = ti_gettok(tokinfo, blank)) {
@@ -347,18 +350,20 @@ static int32_t set_names(char side, char what)
             return error(503);
         if (!eq.empty() || what == 'e')
             snprintf(given[size_t(count)].eq, 33, "%s", eq.empty() ? "_" : eq.c_str());
+        eqonly = own.empty();
         if (what == 'n' && !own.empty())
             snprintf(given[size_t(count)].name, 33, "%s", own.c_str());
         count++;
     }
     if (!count)
         return error(198);
-    for (int32_t i = count; i < n; i++) {  // the last one given holds for the rest
-        if (what == 'e')
-            strcpy(given[size_t(i)].eq, given[size_t(count) - 1].eq);
+    // The last one given holds for the rest; an equation alone leaves their names.
+    const umatname last = given[size_t(count) - 1];
+    for (int32_t i = count; i < n; i++)
+        if (what == 'e' || eqonly)
+            strcpy(given[size_t(i)].eq, last.eq);
         else
-            given[size_t(i)] = given[size_t(count) - 1];
-    }
+            given[size_t(i)] = last;
     memcpy(stripe, given.data(), sizeof(umatname) * size_t(n));
     return 0;
 }
@@ -401,7 +406,8 @@ int32_t matrixcmd(int32_t)
         int32_t (*run)(int32_t);
     } later[] = {{"accum", 2, mat_accum}, {"vecaccum", 4, mat_vecaccum},
                  {"glsaccum", 4, mat_glsaccum}, {"svd", 3, mat_svd},
-                 {"symeigen", 3, mat_symeigen}, {"eigenvalues", 5, mat_eigenvalues}};
+                 {"symeigen", 3, mat_symeigen}, {"eigenvalues", 5, mat_eigenvalues},
+                 {"score", 2, mat_score}};
     for (const auto &l : later)
         if (is(l.word, l.min))
             return l.run(0);

@@ -11,6 +11,7 @@
 #include "interp/messages.h"
 #include "stats/crossprod.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <cmath>
 #include <cstring>
 #include <vector>
@@ -40,17 +41,16 @@ struct accum {
 
 int32_t parse(accum *c, bool gls)
 {
-    parinfo->pi_in = parinfo->pi_if = parinfo->pi_opts = PI_OK;
-    parinfo->pi_vlist = PI_REQ;
-    parinfo->pi_wgt = PI_OK;
-    parinfo->pi_wgtmask = W_ALL4;
+    statline line;
+    line.vlist = PI_REQ;
+    line.weights = W_ALL4;
+    line.weightdflt = W_FW;
+    line.by = false;
     int32_t rc = left_side(&c->name, 1);
-    if (rc || (rc = ti_pi_parse(tokinfo, parinfo)))
+    if (rc || (rc = stat_parse(line)))
         return rc;
-    if (parinfo->pi_hasexp)
-        pi_wgtdflt(parinfo, W_FW);
-    c->constant = ti_pi_findopt(tokinfo, parinfo, "constant", 4, 1) != 0;
-    c->deviations = ti_pi_findopt(tokinfo, parinfo, "deviations", 1, 0) != 0;
+    c->constant = stat_option("constant", 4, true);
+    c->deviations = stat_option("deviations", 1);
     *c->means = *c->group = *c->glsmat = *c->row = 0;
     (void)ti_pi_findargn(tokinfo, parinfo, "means", 1, c->means, 32, 1);
     if (gls) {
@@ -279,21 +279,36 @@ int32_t mat_glsaccum(int32_t)
 
 // ---- decompositions
 
-// The matrix behind the equals sign, copied out.
+// The matrix expression behind the equals sign, worked out under a name of its own; the
+// caller's names may stand in it.
 static int32_t operand(matref *a, std::vector<double> *el)
 {
-    char name[33];
-    strcut(name, sizeof name, ti_gettok(tokinfo, prsestd));
-    if (!*name)
-        return required("matrix name");
-    if (!umat_get(name, MK_MAT, a))
-        return matnotfound(name);
-    if (*ti_gettok(tokinfo, prsestd))
-        return error(RC_SYNTAX);
+    static const char *const temp = "1operand";
+    static xeqpgm pgm;
+    initialize_compexp_shared();
+    int32_t rc = compmatexp(&pgm, W_NUMMAT, false, false, true);
+    if (!rc && *ti_gettok(tokinfo, prsestd))
+        rc = error(RC_SYNTAX);
+    if (!rc)
+        rc = xeqmat_mat(&pgm, temp, MK_MAT);
+    if (rc)
+        return rc;
+    if (!umat_get(temp, MK_MAT, a))
+        return matnotfound(temp);
     if (umat_missing(a))
         return error(504);
     el->assign(a->m->el, a->m->el + int64_t(a->m->rows) * a->m->cols);
     return 0;
+}
+
+// NAME NAME = A for a square A; its numbers and their order.
+static int32_t two_of_square(char (*names)[33], matref *a, std::vector<double> *el, int32_t *n)
+{
+    int32_t rc = left_side(names, 2);
+    if (rc || (rc = operand(a, el)))
+        return rc;
+    *n = a->m->rows;
+    return *n == a->m->cols ? 0 : error(503);
 }
 
 static int32_t put(const char *name, int32_t rows, int32_t cols, const double *el,
@@ -318,8 +333,13 @@ static std::vector<umatname> numbered(int32_t n, char letter)
     return s;
 }
 
+struct operand_gone {
+    ~operand_gone() { (void)umat_rm("1operand", MK_MAT); }
+};
+
 int32_t mat_svd(int32_t)
 {
+    operand_gone at_end;
     char name[3][33];
     matref a;
     std::vector<double> u;
@@ -340,14 +360,14 @@ int32_t mat_svd(int32_t)
 
 int32_t mat_symeigen(int32_t)
 {
+    operand_gone at_end;
     char name[2][33];
     matref a;
     std::vector<double> el;
-    int32_t rc = left_side(name, 2);
-    if (rc || (rc = operand(&a, &el)))
+    int32_t n = 0, rc = two_of_square(name, &a, &el, &n);
+    if (rc)
         return rc;
-    int32_t n = a.m->rows;
-    if (n != a.m->cols || !umat_issym(&a))
+    if (!umat_issym(&a))
         return error(505);
     std::vector<umatname> row(a.row, a.row + n), e = numbered(n, 'e');
     std::vector<double> w(static_cast<size_t>(n)), v(size_t(n) * size_t(n));
@@ -359,15 +379,13 @@ int32_t mat_symeigen(int32_t)
 
 int32_t mat_eigenvalues(int32_t)
 {
+    operand_gone at_end;
     char name[2][33];
     matref a;
     std::vector<double> el;
-    int32_t rc = left_side(name, 2);
-    if (rc || (rc = operand(&a, &el)))
+    int32_t n = 0, rc = two_of_square(name, &a, &el, &n);
+    if (rc)
         return rc;
-    int32_t n = a.m->rows;
-    if (n != a.m->cols)
-        return error(503);
     std::vector<umatname> e = numbered(n, 'e'), one = numbered(1, 'r');
     std::vector<double> re(static_cast<size_t>(n)), im(static_cast<size_t>(n));
     if ((rc = eig_general(el.data(), n, re.data(), im.data())))

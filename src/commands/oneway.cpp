@@ -3,20 +3,19 @@
 //   oneway y group [if] [in] [weight] [, tabulate [no]means [no]standard [no]freq noanova
 //          missing nolabel bonferroni scheffe sidak]
 #include "commands/categories.h"
-#include "core/mem.h"
 #include "core/missing.h"
 #include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
 #include "data/labels.h"
-#include "expr/parse.h"
 #include "expr/strfun.h"
 #include "interp/messages.h"
 #include "output/fmt.h"
 #include "output/print.h"
 #include "stats/dist.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -40,28 +39,23 @@ struct anova {
 
 int32_t parse(anova *a)
 {
-    parinfo->pi_in = parinfo->pi_if = parinfo->pi_by = parinfo->pi_opts = PI_OK;
-    parinfo->pi_vlist = PI_REQ;
-    parinfo->pi_wgt = PI_OK;
-    parinfo->pi_wgtmask = W_AW | W_FW;
-    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    statline line;
+    line.vlist = PI_REQ;
+    line.weights = W_AW | W_FW;
+    line.weightdflt = W_AW;
+    int32_t rc = stat_parse(line);
     if (rc)
         return rc;
-    if (parinfo->pi_hasexp)
-        pi_wgtdflt(parinfo, W_AW);
-    auto has = [](const char *word, int32_t min, int32_t dflt) {
-        return ti_pi_findopt(tokinfo, parinfo, word, min, dflt) != 0;
-    };
-    a->tabulate = has("tabulate", 1, 0);
-    a->means = has("means", 2, 1);
-    a->standard = has("standard", 2, 1);
-    a->freq = has("freq", 1, 1);
-    a->table = has("anova", 1, 1);
-    a->missing = has("missing", 4, 0);
-    a->nolabel = !has("label", 1, 1);
-    a->bonferroni = has("bonferroni", 1, 0);
-    a->scheffe = has("scheffe", 3, 0);
-    a->sidak = has("sidak", 2, 0);
+    a->tabulate = stat_option("tabulate", 1);
+    a->means = stat_option("means", 2, true);
+    a->standard = stat_option("standard", 2, true);
+    a->freq = stat_option("freq", 1, true);
+    a->table = stat_option("anova", 1, true);
+    a->missing = stat_option("missing", 4);
+    a->nolabel = !stat_option("label", 1, true);
+    a->bonferroni = stat_option("bonferroni", 1);
+    a->scheffe = stat_option("scheffe", 3);
+    a->sidak = stat_option("sidak", 2);
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     if (parinfo->pi_nvar != 2)

@@ -9,6 +9,7 @@
 #include "expr/parse.h"
 #include "interp/messages.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <cmath>
 #include <cstdio>
 
@@ -24,21 +25,19 @@ struct pctcmd {
 
 int32_t parse(pctcmd *c)
 {
-    parinfo->pi_in = parinfo->pi_if = parinfo->pi_by = parinfo->pi_opts = PI_OK;
-    parinfo->pi_vlist = PI_REQ;
-    parinfo->pi_wgt = PI_OK;
-    parinfo->pi_wgtmask = W_AW | W_FW | W_PW;
-    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    statline line;
+    line.vlist = PI_REQ;
+    line.weights = W_AW | W_FW | W_PW;
+    line.weightdflt = W_AW;
+    int32_t rc = stat_parse(line);
     if (rc)
         return rc;
-    if (parinfo->pi_hasexp)
-        pi_wgtdflt(parinfo, W_AW);
     if (parinfo->pi_nvar > 1)
         return error(RC_TOOMANYVARS);
     if (t_isstr(_typlist[parinfo->vl_vr[0] - 1]))
         return error(RC_TYPE);
     int32_t nq = ti_pi_findopta(tokinfo, parinfo, "nquantiles", 1, 0);
-    c->altdef = ti_pi_findopt(tokinfo, parinfo, "altdef", 3, 0) != 0;
+    c->altdef = stat_option("altdef", 3);
     c->n = ti_pi_findoptv(tokinfo, parinfo, "percentiles", 1, c->p, most, 0);
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;

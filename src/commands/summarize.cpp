@@ -14,6 +14,7 @@
 #include "output/fmt.h"
 #include "output/print.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -29,19 +30,16 @@ constexpr double pcts[] = {1, 5, 10, 25, 50, 75, 90, 95, 99};
 
 int32_t parse(sumopts *o)
 {
-    parinfo->pi_in = parinfo->pi_if = parinfo->pi_by = parinfo->pi_opts = PI_OK;
-    parinfo->pi_vlist = PI_OK;
-    parinfo->pi_wgt = PI_OK;
-    parinfo->pi_wgtmask = W_AW | W_FW | W_IW;
-    parinfo->pi_blankall = 1;
-    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    statline line;
+    line.blankall = true;
+    line.weights = W_AW | W_FW | W_IW;
+    line.weightdflt = W_AW;
+    int32_t rc = stat_parse(line);
     if (rc)
         return rc;
-    if (parinfo->pi_hasexp)
-        pi_wgtdflt(parinfo, W_AW);
-    o->detail = ti_pi_findopt(tokinfo, parinfo, "detail", 1, 0);
-    o->meanonly = ti_pi_findopt(tokinfo, parinfo, "meanonly", 4, 0);
-    o->format = ti_pi_findopt(tokinfo, parinfo, "format", 1, 0);
+    o->detail = stat_option("detail", 1);
+    o->meanonly = stat_option("meanonly", 4);
+    o->format = stat_option("format", 1);
     o->separator = ti_pi_findopta(tokinfo, parinfo, "separator", 3, 5);
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;

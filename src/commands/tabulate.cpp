@@ -17,6 +17,7 @@
 #include "output/oml.h"
 #include "output/print.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -39,25 +40,22 @@ struct tabcmd {
 
 int32_t parse(tabcmd *t)
 {
-    parinfo->pi_in = parinfo->pi_if = parinfo->pi_by = parinfo->pi_opts = PI_OK;
-    parinfo->pi_vlist = PI_REQ;
-    parinfo->pi_blankall = 0;
-    parinfo->pi_wgt = PI_OK;
-    parinfo->pi_wgtmask = W_AW | W_FW | W_IW;
-    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    statline line;
+    line.vlist = PI_REQ;
+    line.weights = W_AW | W_FW | W_IW;
+    line.weightdflt = W_FW;
+    int32_t rc = stat_parse(line);
     if (rc)
         return rc;
-    if (parinfo->pi_hasexp)
-        pi_wgtdflt(parinfo, W_FW);
-    t->missing = ti_pi_findopt(tokinfo, parinfo, "missing", 1, 0);
-    t->nolabel = !ti_pi_findopt(tokinfo, parinfo, "label", 1, 1);
-    t->sort = ti_pi_findopt(tokinfo, parinfo, "sort", 2, 0);
-    t->plot = ti_pi_findopt(tokinfo, parinfo, "plot", 1, 0);
-    t->freq = ti_pi_findopt(tokinfo, parinfo, "freq", 2, 1);
-    t->row = ti_pi_findopt(tokinfo, parinfo, "row", 1, 0);
-    t->col = ti_pi_findopt(tokinfo, parinfo, "column", 1, 0);
-    t->cell = ti_pi_findopt(tokinfo, parinfo, "cell", 2, 0);
-    t->key = ti_pi_findopt(tokinfo, parinfo, "key", 1, 1);
+    t->missing = stat_option("missing", 1);
+    t->nolabel = !stat_option("label", 1, true);
+    t->sort = stat_option("sort", 2);
+    t->plot = stat_option("plot", 1);
+    t->freq = stat_option("freq", 2, true);
+    t->row = stat_option("row", 1);
+    t->col = stat_option("column", 1);
+    t->cell = stat_option("cell", 2);
+    t->key = stat_option("key", 1, true);
     ti_pi_findargn(tokinfo, parinfo, "generate", 1, t->stub, 31, 1);
     ti_pi_findargn(tokinfo, parinfo, "matcell", 4, t->matcell, 33, 1);
     ti_pi_findargn(tokinfo, parinfo, "matrow", 4, t->matrow, 33, 1);
@@ -437,7 +435,8 @@ int32_t tabulate(int32_t)
         retval_set_gscalar(t.c.count(), "c");
     if (!t.r.count())
         return error(RC_NOOBS);
-    rc = t.nvar == 2 ? print_twoway(&t) : print_oneway(&t);
+    bool shown = t.freq || t.row || t.col || t.cell;  // or the tests alone
+    rc = t.nvar == 1 ? print_oneway(&t) : shown ? print_twoway(&t) : 0;
     if (rc || (rc = leave_matrices(&t)))
         return rc;
     if (t.nvar == 2

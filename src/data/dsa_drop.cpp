@@ -62,7 +62,7 @@ void dsa_delete_all(dsa_area *d)
 // ---- variables
 
 struct dsa_keeprun {
-    uint32_t from, to;  // 0-based, half open
+    uint32_t from, to; // 0-based, half open
 };
 
 uint8_t *dsa_drop_open(dsa_area *d, uint8_t initial)
@@ -73,18 +73,21 @@ uint8_t *dsa_drop_open(dsa_area *d, uint8_t initial)
     return flags;
 }
 
-void dsa_drop_close(dsa_area *, uint8_t *flags) { safefree(flags); }
+void dsa_drop_close(dsa_area *, uint8_t *flags)
+{
+    safefree(flags);
+}
 
 static uint32_t list_runs(const uint8_t *flags, uint32_t K, dsa_keeprun *runs)
 {
     uint32_t n = 0;
     for (uint32_t k = 0; k < K;) {
-        if (flags[k]) {
+        if (flags[k] == 1) {
             k++;
             continue;
         }
         uint32_t from = k;
-        while (k < K && !flags[k])
+        while (k < K && flags[k] != 1)
             k++;
         if (runs)
             runs[n] = {from, k};
@@ -121,54 +124,92 @@ static void renumber_sort(dsa_area *d, const uint8_t *flags)
 {
     for (uint32_t i = 0; d->srt[i]; i++) {
         uint32_t var = uint32_t(d->srt[i]), gone = 0;
-        if (flags[var - 1]) {
+        if (flags[var - 1] == 1) {
             d->srt[i] = 0;
             return;
         }
         for (uint32_t k = 0; k < var - 1; k++)
-            gone += flags[k];
+            gone += flags[k] == 1;
         d->srt[i] = int16_t(var - gone);
     }
 }
 
+// Drops the variables whose flag is 1; runs are what stays.
+static void drop_but(dsa_area *d, const uint8_t *flags, const dsa_keeprun *runs, uint32_t n,
+                     bool clean)
+{
+    uint32_t drops = 0;
+    for (uint32_t k = 0; k < d->K; k++) {
+        if (flags[k] != 1)
+            continue;
+        drops++;
+        if (clean && d->issys && dsa_onvarsgone)
+            dsa_onvarsgone(d->name[k]);
+    }
+    for (uint32_t k = d->K; k > 0 && d->issys && dsa_onrenumber; k--)
+        if (flags[k - 1] == 1)
+            dsa_onrenumber(k);
+    compact_rows(d, runs, n);
+    compact_table(d->typ, runs, n);
+    compact_table(d->name, runs, n);
+    compact_table(d->fmt, runs, n);
+    compact_table(d->lbl, runs, n);
+    renumber_sort(d, flags);
+    d->K -= drops;
+    dsa_rebuild_offsettab(d);
+}
+
+// Without memory for the list of runs the variables go one after the other, from the right: at
+// most two runs stay each time.
+static void drop_singly(dsa_area *d, uint8_t *flags, bool clean)
+{
+    dsa_keeprun runs[2];
+    for (uint32_t k = 0; k < d->K; k++)
+        flags[k] = flags[k] ? 2 : 0;
+    for (uint32_t k = d->K; k-- > 0;)
+        if (flags[k]) {
+            flags[k] = 1;
+            uint32_t n = list_runs(flags, d->K, runs);
+            drop_but(d, flags, runs, n, clean);
+            flags[k] = 0;
+        }
+}
+
+static bool drop_inner(dsa_area *d, uint8_t *flags, bool clean)
+{
+    dsa_keeprun few[8], *runs = few;
+    uint32_t n = list_runs(flags, d->K, nullptr);
+    if (n == 0)
+        return false;
+    if (n > 8 && !(runs = static_cast<dsa_keeprun *>(safemalloc(n * sizeof(dsa_keeprun))))) {
+        drop_singly(d, flags, clean);
+        return true;
+    }
+    list_runs(flags, d->K, runs);
+    drop_but(d, flags, runs, n, clean);
+    if (runs != few)
+        safefree(runs);
+    return true;
+}
+
 int32_t dsa_drop(dsa_area *d, uint8_t *flags, bool clean)
 {
-    uint32_t last = d->K, drops = 0, visible = 0;
-    for (uint32_t k = 0; k < d->K; k++)
+    uint32_t last = d->K, visible = 0;
+    bool drops = false;
+    for (uint32_t k = 0; k < d->K; k++) {
+        flags[k] = flags[k] != 0;
         if (d->issys && flags[k] && int32_t(k) < _i_Kvar)
             visible++;
+    }
     int32_t users = _i_Kvar - int32_t(visible);
     while (last > 0 && flags[last - 1])
         last--;
     if (last < d->K)
         dsa_truncate_var(d, last, clean);
-    for (uint32_t k = 0; k < d->K; k++)
-        drops += flags[k];
-    if (drops) {
-        uint32_t n = list_runs(flags, d->K, nullptr);
-        if (n == 0)
-            return 9603;
-        auto runs = static_cast<dsa_keeprun *>(safemalloc(n * sizeof(dsa_keeprun)));
-        if (!runs)
-            return dsa_fail_alloc(d, n * sizeof(dsa_keeprun));
-        list_runs(flags, d->K, runs);
-        if (clean && d->issys && dsa_onvarsgone)
-            for (uint32_t k = 0; k < d->K; k++)
-                if (flags[k])
-                    dsa_onvarsgone(d->name[k]);
-        for (uint32_t k = d->K; k > 0 && d->issys && dsa_onrenumber; k--)
-            if (flags[k - 1])
-                dsa_onrenumber(k);
-        compact_rows(d, runs, n);
-        compact_table(d->typ, runs, n);
-        compact_table(d->name, runs, n);
-        compact_table(d->fmt, runs, n);
-        compact_table(d->lbl, runs, n);
-        safefree(runs);
-        renumber_sort(d, flags);
-        d->K -= drops;
-        dsa_rebuild_offsettab(d);
-    }
+    for (uint32_t k = 0; k < d->K && !drops; k++)
+        drops = flags[k];
+    if (drops && !drop_inner(d, flags, clean))
+        return 9603;
     if (d->issys)
         _i_Kvar = users;
     dsa_publish(d);
@@ -220,8 +261,8 @@ int32_t pi_dsa_mvvar(dsa_area *d, uint32_t from, uint32_t to,
     if (from == to || from < 1 || to < 1 || from > d->K || to > d->K)
         return 0;
     uint64_t w = uint64_t(dsa_bytlenc(d->typ[from - 1])), at = d->offset[from - 1];
-    uint64_t goal = from < to ? d->offset[to - 1] + dsa_bytlenc(d->typ[to - 1]) - w
-                              : d->offset[to - 1];
+    uint64_t goal =
+        from < to ? d->offset[to - 1] + dsa_bytlenc(d->typ[to - 1]) - w : d->offset[to - 1];
     char *keep = d->segment_table[0];
     for (uint32_t i = 1; i < d->_No_; i++) {
         char *row = dsa_obsptr(d, i);

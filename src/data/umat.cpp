@@ -7,6 +7,7 @@
 #include "interp/dm.h"
 #include "interp/messages.h"
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 
@@ -157,4 +158,19 @@ int32_t umat_findname(const umatname *stripe, int32_t n, const char *text, bool 
             return hit;
     }
     return hit;
+}
+
+bool umat_eqspan(const umatname *stripe, int32_t n, const char *text, int32_t *first,
+                 int32_t *last)
+{
+    int32_t want = *text == '#' ? atoi(text + 1) : *text ? 0 : 1, met = 0, i = 0;
+    for (; i < n; i++) {
+        met += i == 0 || strcmp(stripe[i].eq, stripe[i - 1].eq) != 0;
+        if (want ? met == want : !strcmp(stripe[i].eq, text))
+            break;
+    }
+    *first = *last = i;
+    while (*last + 1 < n && !strcmp(stripe[*last + 1].eq, stripe[i].eq))
+        ++*last;
+    return i < n;
 }

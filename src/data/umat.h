@@ -41,6 +41,10 @@ inline double umat_el(const umat *m, int32_t i, int32_t j)  // 1-based
 // Position of a name ("eq:name", "name", "eq:") in a stripe, 0 when absent; last gives the
 // last match of an equation instead of the first.
 int32_t umat_findname(const umatname *stripe, int32_t n, const char *text, bool last);
+// The entries of one equation, first to last from 0: by its name, as #2 for the second there
+// is, or the first of all when text is empty. False when there is none.
+bool umat_eqspan(const umatname *stripe, int32_t n, const char *text, int32_t *first,
+                 int32_t *last);
 void umat_defstripe(umatname *stripe, int32_t n, char letter);
 
 // Room for matsize by matsize numbers that operations use for their result while it stands

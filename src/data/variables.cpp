@@ -240,17 +240,17 @@ static void rm_records(int32_t type, int32_t start)
     }
 }
 
+// The flags stand in memory of their own: what a level made goes also when there is no more.
 void rmtmpvn(int32_t start)
 {
-    uint8_t *flags = nullptr;
+    static uint8_t flags[max_theory_k + 256];
     bool any = false;
     for (int32_t k = 0; k < _Kvar && !any; k++)
         any = istmpvn(_varlist[k], start);
-    if (any && (flags = dsa_drop_open(sysdsa, 0))) {
+    if (any && size_t(_Kvar) <= sizeof flags) {
         for (int32_t k = 0; k < _Kvar; k++)
             flags[k] = istmpvn(_varlist[k], start);
         (void)!dsa_drop(sysdsa, flags, true);
-        dsa_drop_close(sysdsa, flags);
     }
     rm_records(DM_SCALAR, start);
     rm_records(DM_MATRIX, start);

@@ -295,6 +295,8 @@ static void side_range(span s, int32_t side)
     const char *dots = range_dots(s);
     if (dots) {
         span low{s.b, dots}, high{dots + 2, s.e};
+        if (high.len() == 0 && low.len() > 1 && low.e[-1] == '.' && low.e[-2] != '.')
+            low.e--;  // three dots: the first is none of the lower bound's
         if (high.len() == 0 || (high.len() == 1 && *high.b == '.'))
             push_num(misval);  // to the end
         else

@@ -242,9 +242,8 @@ static int32_t setting_get(const char *name, char *s, double *z)
 int32_t cfcn(const char *name, char *stringout, double *numberout)
 {
     const crow *r = crow_find(name);
-    if (!r)
-        return 0;
-    return r->get ? r->get(stringout, numberout) : setting_get(name, stringout, numberout);
+    // A setting that the listing has no room for answers to its name all the same.
+    return r && r->get ? r->get(stringout, numberout) : setting_get(name, stringout, numberout);
 }
 
 int32_t cfcnstr(const char *name, char *out)
@@ -254,7 +253,7 @@ int32_t cfcnstr(const char *name, char *out)
     if (kind != 1)
         return kind;
     const crow *r = crow_find(name);
-    bool vers = r->get == c_version || r->get == c_ovata_version;
+    bool vers = r && (r->get == c_version || r->get == c_ovata_version);
     bool dpc = ovata_dpc;
     ovata_dpc = false;
     fmtnumtrim(out, cmax, z, vers ? "%11.0g" : "%18.0g");

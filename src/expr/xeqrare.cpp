@@ -158,8 +158,8 @@ static double by_answer(const xeqrun *m, xq_byask ask)
 static double replaying()
 {
     const char *text = static_cast<const char *>(dmfind0("_0", typelmac));
-    if (!text)
-        return 0;
+    if (!text)  // an empty line leaves no macro
+        return 1;
     while (*text == ' ')
         text++;
     return !*text || *text == ',';

@@ -10,6 +10,7 @@
 #include "data/variables.h"
 #include "expr/expr.h"
 #include "expr/parse.h"
+#include "expr/varlist.h"
 #include "interp/dm.h"
 #include "interp/interp.h"
 #include "interp/macros.h"
@@ -671,12 +672,19 @@ int32_t variables_of(const char *text, std::string *out)
 
 int32_t newnames_of(const char *text, std::string *out)
 {
-    char word[macrolen];
-    *out = text;
-    while ((text = mac_item(text, word, macrolen, nullptr))) {
-        int32_t var = ovata_findvar(word, 0, true);
-        if (var < 0)
-            return -var;
+    std::string copy(text);
+    toktype ti;
+    ti_settok(&ti, copy.data());
+    int32_t rc = ti_newvlist(&ti);
+    if (rc)
+        return rc;
+    if (*ti_gettok(&ti, prsestd))
+        return invalid(tok_text(ti.token));
+    for (int32_t i = 0; i < pi_nnew; i++) {
+        if (sysfindvar(pi_new[i].name))
+            return error2(3, pi_new[i].name);
+        *out += (i ? " " : "");
+        *out += pi_new[i].name;
     }
     return 0;
 }

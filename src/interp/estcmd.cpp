@@ -179,11 +179,8 @@ static int32_t est_display_cmd()
     if (rc)
         return rc;
     coeftab t;
-    t.level = ti_pi_findlevel(tokinfo, parinfo, 1);
-    t.plus = ti_pi_findopt(tokinfo, parinfo, "plus", 4, 0) != 0;
-    t.omitted = ti_pi_findopt(tokinfo, parinfo, "omitted", 4, 1) != 0;
-    if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, t.eform, 12))
-        *t.eform = 0;
+    if ((rc = coeftab_options(&t)))
+        return rc;
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     return coeftab_show(&t);

@@ -46,6 +46,7 @@ int32_t doreq();                                      // 1 go on, 0 leave this l
 // Takes the next token as the command word and dispatches it, as a prefix does: work variables
 // the command leaves behind are dropped.
 [[nodiscard]] int32_t run_next();
+extern bool rc_shown;  // a line of the level just left has shown globalrc, and speaks for it
 void show_rc_line();  // the line of globalrc at the prompt and in do-files
 
 // ---- do-files and programs

@@ -290,6 +290,7 @@ void doepilog(doframe *f, int32_t kind)
         return;
     }
     progress_level(ovata_level - 1);
+    rc_shown = false;
     uint8_t pgmclass = program_class;
     leave_settings(f);
     if (::estrestore)

@@ -711,44 +711,12 @@ static int32_t f_dir(str *out)
     return 0;
 }
 
-// display ["text"...] [%fmt] expression
+int32_t (*mac_displaytext)(str *result);
+
+// display's items
 static int32_t f_display(str *out)
 {
-    for (;;) {
-        const char *p = rest();
-        if (!*p)
-            return 0;
-        bool literal = *p == '"' || (p[0] == '`' && p[1] == '"');
-        if (literal) {
-            str s;
-            next_item(&s);
-            *out += s;
-            continue;
-        }
-        str fmt;
-        if (*p == '%') {
-            next_item(&fmt);
-            fmtinfo f;
-            if (chkfmt(fmt.c_str(), &f))
-                return errout(120, "invalid %%format\n");
-        }
-        bool isstr;
-        double z;
-        char text[256], buf[512];
-        int32_t rc = exp_text(rest(), W_ANY, &isstr, &z, text);
-        if (rc)
-            return rc;
-        if (isstr && fmt_isstr(fmt.c_str()))
-            fmtstr(buf, sizeof buf, text, fmt.c_str());
-        else if (isstr)
-            memcpy(buf, text, sizeof text);
-        else if (fmt.empty())
-            fmtnumtrim(buf, sizeof buf, z, "%9.0g");
-        else
-            fmtnum(buf, sizeof buf, z, fmt.c_str());
-        *out += buf;
-        return 0;
-    }
+    return mac_displaytext ? mac_displaytext(out) : error(RC_SYNTAX);
 }
 
 struct exrow {

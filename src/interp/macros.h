@@ -43,6 +43,8 @@ inline bool mac_hidden(const char *name) { return *name == '!'; }
 // strings of gdi(), _gedi(), _sedi(). A code above 1 stops the expansion.
 extern int32_t (*mac_clsxpand)(const char *ref, std::string *result);
 extern int32_t (*mac_graphtext)(const char *fcn, const char *arg, std::string *result);
+// What `display` would show of the rest of tokinfo's line, as text.
+extern int32_t (*mac_displaytext)(std::string *result);
 enum mac_mode : int32_t {
     MG_DEFINE = 0, MG_LOCAL = 1, MG_GLOBAL = 2, MG_RETURN = 4, MG_ERETURN = 5, MG_SRETURN = 6,
     MG_CLOCAL = 7,

@@ -74,10 +74,16 @@ static int32_t expand()
     return rc;
 }
 
+bool rc_shown;
+
 void show_rc_line()
 {
     if (runprog || (!globalrc && !set_rmsg))
         return;
+    // The line of an included file that failed has said it.
+    if (globalrc && rc_shown)
+        return;
+    rc_shown = globalrc != 0;
     if (globalrc == RC_BREAK) {
         c_outlev = 3;
         spoutsml("{err}{hline 2}Break{hline 2}\n");
@@ -115,6 +121,7 @@ int32_t doreq()
     if (!altstopflag_val)
         altstopflag = 0;
     stopflag = 0;
+    rc_shown = false;
     byvar = 0;
     // Lines without a range of their own, local and scalar among them, see all observations.
     nobss1 = 1;

@@ -148,8 +148,9 @@ int32_t extended_error(int32_t rc)
         (void)fierr(rc, "");
         return rc;
     }
-    (void)error(rc);
-    return rc;
+    // A code that passes between functions is known to users by another number.
+    int32_t reported = error(rc);
+    return rc > 5000 ? reported : rc;
 }
 
 int32_t errout(int32_t rc, const char *fmt, ...)

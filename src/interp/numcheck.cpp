@@ -6,6 +6,7 @@
 #include "core/rc.h"
 #include "expr/parse.h"
 #include "expr/varlist.h"
+#include "interp/interp.h"
 #include "interp/macros.h"
 #include "interp/messages.h"
 #include <algorithm>
@@ -90,15 +91,15 @@ int32_t read_want(const char *p, want *w)
         while (*p >= 'a' && *p <= 'z')
             p++;
         std::string word(b, p);
-        if (word == "ascending")
+        if (cmdcmp(word.c_str(), "ascending", 3))
             w->ascending = true;
-        else if (word == "descending")
+        else if (cmdcmp(word.c_str(), "descending", 4))
             w->descending = true;
-        else if (word == "integer")
+        else if (cmdcmp(word.c_str(), "integer", 3))
             w->integer = true;
-        else if (word == "missingokay" || word == "missingok")
+        else if (cmdcmp(word.c_str(), "missingokay", 4))
             w->missingok = true;
-        else if (word == "sort")
+        else if (cmdcmp(word.c_str(), "sort", 4))
             w->sort = true;
         else if (word == "min")
             rc = read_count(&p, &w->min);
@@ -142,6 +143,12 @@ int32_t check(const double *z, int32_t n, const want &w)
 }
 
 }  // namespace
+
+int32_t numcheck_opts(const char *opts)
+{
+    want w;
+    return read_want(opts, &w);
+}
 
 int32_t numcheck_text(const char *list, const char *opts, std::string *out)
 {

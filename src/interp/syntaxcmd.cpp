@@ -186,7 +186,7 @@ bool is_clause(const char *p)
 }
 
 // Where the names end: a clause, a weight, = or the options.
-const char *main_end(const char *text, const synlist &l)
+const char *main_end(const char *text, const synlist &l, bool names)
 {
     bool open, start = true;
     for (const char *p = text; *p;) {
@@ -195,7 +195,7 @@ const char *main_end(const char *text, const synlist &l)
         if (!l.everything) {
             if (start && is_clause(p))
                 return p;
-            if ((*p == '=' && !l.equalok) || (*p == '[' && is_weight(p)))
+            if ((*p == '=' && !l.equalok) || (*p == '[' && (names || is_weight(p))))
                 return p;
         }
         start = *p == ' ' || *p == ')';
@@ -343,7 +343,8 @@ int32_t missing_parts(const synpattern &p, const typed &t)
 
 int32_t read_typed(str &text, const synpattern &p, typed *t)
 {
-    const char *end = main_end(text.c_str(), p.list);
+    // Among names a bracket can only open a weight.
+    const char *end = main_end(text.c_str(), p.list, p.kind != SY_ANYTHING);
     t->main = trim(str(text.c_str(), end));
     if (p.kind == SY_NONE && !t->main.empty()) {
         str word = t->main.substr(0, t->main.find(' '));
@@ -449,6 +450,8 @@ int32_t store_option(const synoption &o, const str &arg, const str &whole)
     case SO_PASSTHRU:
         return set_local(o.local, whole);
     case SO_NUMLIST:
+        if (trim(arg).empty())
+            return errornumlist(122);
         rc = numcheck_text(trim(arg).c_str(), o.args.c_str(), &out);
         return rc ? rc : set_local(o.local, out);
     case SO_EXP: {
@@ -497,7 +500,7 @@ int32_t one_option(const synpattern &p, const str &name, const str *arg, std::ve
     if (flag)
         return set_local(o->local, o->name);
     if (!arg)
-        return errout(RC_SYNTAX, "option %s incorrectly specified\n", o->name.c_str());
+        return errout(RC_SYNTAX, "option %s() incorrectly specified\n", o->name.c_str());
     return store_option(*o, *arg, o->name + "(" + *arg + ")");
 }
 
@@ -545,8 +548,8 @@ int32_t options(const synpattern &p, const typed &t)
         if (seen[i])
             continue;
         if (o.required)
-            return errout(RC_SYNTAX, "option %s%s required\n", o.name.c_str(),
-                          o.type == SO_ON || o.type == SO_OFF ? "" : "()");
+            return required(("option " + o.name + (o.type == SO_ON || o.type == SO_OFF ? "" : "()"))
+                                .c_str());
         char num[32];
         if (o.hasdefault || o.type == SO_CILEVEL) {
             number_text(o, o.hasdefault ? o.dflt : set_level, num);

@@ -2,6 +2,7 @@
 #include "core/numtext.h"
 #include "core/rc.h"
 #include "interp/messages.h"
+#include "interp/numcheck.h"
 #include "interp/tokens.h"
 #include <cctype>
 #include <cstring>
@@ -172,6 +173,7 @@ int32_t option_type(const str &text, synoption *o)
     else if (w == "numlist") {
         o->type = SO_NUMLIST;
         o->args = rest;
+        return numcheck_opts(rest.c_str());
     } else if ((o->kind = kind_of(w)) != SY_NONE && o->kind != SY_ANYTHING) {
         o->type = SO_LIST;
         return syn_readlist(rest, &o->list);

@@ -11,7 +11,8 @@
 //   CR_VAR     {0, type, text, access, flags}
 //   CR_STATIC  {1, type, text, access, flags, 64 bits: the live value}
 //   CR_FCN     {2, type, text, access, flags, nargs, least nargs, 64 bits: the function}
-//   CR_VIRT    {3, type, text, access, flags, virtual index, 0, 64 bits: the function}
+//   CR_VIRT    {3, type, text, access, flags, virtual index, stamp of the link, 64 bits: the
+//              function that was linked}
 //   CR_TYPE    {4, eltype, orgtype, isfcn, text, type pointed to}
 //   CR_TEXT    {5, n, n words of NUL-padded bytes}
 //   CR_END     {30}
@@ -90,3 +91,10 @@ bool structequal(const matobj *a, const matobj *b);
 bool classequal(const matobj *a, const matobj *b);
 // The definition is cls or has it as an ancestor.
 bool cls_isa(const matobj *definition, const char *cls);
+// Of a prepared definition: its parent or null, whether it declares the member function, the
+// live value of a static of it or of its parents, and the function that a name means for its
+// instances when that was settled since the links became stale (else null).
+matobj *cls_parent(const matobj *definition);
+bool cls_declares(const matobj *definition, const char *member);
+matobj *cls_static(const matobj *definition, const char *member);
+matobj *cls_virtual(const matobj *definition, const char *member);

@@ -1,8 +1,6 @@
 // Weak stand-ins for parts of the matrix language that are being built; gone with the last.
-#include "mosa/classdef.h"
-#include "mosa/vm.h"
+#include "mosa/builtins.h"
 
-[[gnu::weak]] int32_t m_xrc;
-[[gnu::weak]] void m_custom_xeqerrf(int32_t code, const char *, ...) { m_xrc = code; }
-[[gnu::weak]] void m_custom_xeqerr(int32_t code, const char *) { m_xrc = code; }
-[[gnu::weak]] matobj *m_dupinstance(const matobj *) { return nullptr; }
+[[gnu::weak]] void mo_display(const matobj *) {}
+[[gnu::weak]] m_bihandler m_bihandlers[m_maxbiid];
+[[gnu::weak]] int32_t m_biargs[m_maxbiid][2];

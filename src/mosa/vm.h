@@ -38,12 +38,15 @@ extern bool m_debug;           // tracebacks with word offsets
 [[nodiscard]] int32_t mosastakinit(int32_t on); // 0, or 9801
 // Runs a function whose argc arguments are on the stack; the result replaces them.
 void m_xeq(matobj *fcn, int32_t argc);
-// Calls any callable (function, struct or class definition) as opcode 25 does, from native code.
+// Calls any callable (function, struct or class definition) as opcode 25 does, from native code:
+// the argc arguments on the stack give way to one result; on a failure m_xrc is set, its line
+// of the traceback is printed, and there is no result (a frame's arguments are gone).
 void m_callfcn(matobj *fcn, int32_t argc);
 // Runs "<istmt%d>". 0, 1 for a break, else the first code. Words are printed.
 int32_t ixeq();
 const char *name_istmt(); // "<istmt%d>" of the present depth
 void m_newstatement();    // links cached so far become stale
+extern void (*m_autoclose)(); // closes what a statement left open; null when nothing does
 
 // ---- errors
 [[gnu::format(printf, 2, 3)]] void m_custom_xeqerrf(int32_t code, const char *fmt, ...);

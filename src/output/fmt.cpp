@@ -100,11 +100,11 @@ static void general(numbuf *b, double z, const fmtinfo &f)
         return;
     }
     bool whole = std::fabs(z) < 1e17 && z == std::trunc(z);
-    int digits = std::min(p, 16);
-    if (f.dec > 0)
-        digits = std::min(digits, int(f.dec));
+    // 16 digits are what a double holds of any number; 17, which tell two doubles apart
+    // whatever they are, are shown where they are asked for.
+    int digits = std::min({p, f.dec > 0 ? int(f.dec) : 16, 17});
     int ex = whole ? power10(z, 17) : power10(z, digits);
-    int edec = f.dec > 0 ? std::min(15, f.dec - 1) : 15;
+    int edec = f.dec > 0 ? std::min(16, f.dec - 1) : 15;
     if (ex >= p || ex < -5 || (!whole && ex >= 16)) {
         int room = general_e(b, z, w, edec);
         if (room > 0 || ex < 0)

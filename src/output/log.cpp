@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 static std::vector<logrow> logs;
@@ -113,6 +114,7 @@ int32_t log_close(const char *name)
     const logrow *l = log_find(name);
     if (!l)
         return error(606);
+    omllog_pause(oml_cur, l->id, false); // how it ended is told even while it is off
     log_report(l, "closed on");
     rule();
     logrow was = *l;
@@ -140,10 +142,31 @@ int32_t log_pause(const char *name, bool pause)
     return 0;
 }
 
+// The session ends: each log gets its closing lines; the screen and other logs do not.
+static void last_lines(const logrow &l)
+{
+    char when[48];
+    stamp(when);
+    std::string path;
+    for (const char *p = l.path; *p; p++)
+        path += *p == '{' ? "{c -(}" : *p == '}' ? "{c )-}" : std::string(1, *p);
+    std::string text = "{p_end}{txt}";
+    const std::pair<const char *, std::string> rows[] = {
+        {"name", *l.name ? l.name : "<unnamed>"},
+        {"log", path},
+        {"log type", l.markup ? "omcl" : "text"},
+        {"closed on", when},
+    };
+    for (const auto &[label, value] : rows)
+        text += std::string("{txt}{ralign 10:") + label + "}:  {res}" + value + "\n";
+    omlsendlog(oml_cur, l.id, (text + "{txt}{hline}\n").c_str());
+}
+
 void log_closeall()
 {
-    while (!logs.empty())
-        drop(logs.size() - 1);
+    for (; !logs.empty(); drop(logs.size() - 1))
+        if (oml_cur)
+            last_lines(logs.back());
     if (cmdlog_isopen())
         (void)cmdlog_close();
 }
@@ -167,8 +190,14 @@ bool cmdlog_on;
 static int32_t cmdfd = -1;
 static std::string cmdpath;
 
-bool cmdlog_isopen() { return cmdfd >= 0; }
-const char *cmdlog_path() { return cmdpath.c_str(); }
+bool cmdlog_isopen()
+{
+    return cmdfd >= 0;
+}
+const char *cmdlog_path()
+{
+    return cmdpath.c_str();
+}
 
 int32_t cmdlog_open(const char *path, bool replace, bool append)
 {

@@ -8,9 +8,9 @@
 #include <unistd.h>
 
 oml *oml_cur, *oml_reswin;
-static bool nestedopen;      // the prompt's form is being worked out
+static bool nestedopen; // the prompt's form is being worked out
 static char *moreform;
-static int32_t scandepth;    // nested scans and measurements; bounds the work of hostile mark-up
+static int32_t scandepth; // nested scans and measurements; bounds the work of hostile mark-up
 static constexpr int32_t maxdepth = 6;
 
 // ---- records
@@ -75,14 +75,10 @@ oml *omlopen(uint8_t kind)
 {
     if (!nestedopen && !moreform) {
         nestedopen = true;
-        std::string form = omltext("{clearmore:{hline 2}more{hline 2}}\n");
+        bool good = omlpromptset("{clearmore:{hline 2}more{hline 2}}\n");
         nestedopen = false;
-        while (!form.empty() && form.back() == '\n')
-            form.pop_back();
-        moreform = static_cast<char *>(safemalloc(form.size() + 1));
-        if (!moreform)
+        if (!good)
             return nullptr;
-        memcpy(moreform, form.c_str(), form.size() + 1);
     }
     oml *o = newrecord(kind);
     if (o && kind == OML_TERMINAL)
@@ -90,7 +86,23 @@ oml *omlopen(uint8_t kind)
     return o;
 }
 
-const char *oml_moreform() { return moreform ? moreform : "--more--"; }
+bool omlpromptset(const char *markup)
+{
+    std::string form = omltext(markup);
+    while (!form.empty() && form.back() == '\n')
+        form.pop_back();
+    char *copy = static_cast<char *>(safemalloc(form.size() + 1));
+    if (!copy)
+        return false;
+    memcpy(copy, form.c_str(), form.size() + 1);
+    safefree(moreform);
+    moreform = copy;
+    return true;
+}
+const char *oml_moreform()
+{
+    return moreform ? moreform : "--more--";
+}
 
 void omlclose(oml *o)
 {
@@ -128,8 +140,14 @@ int32_t omlset_maxwidth(oml *o, int32_t width)
     o->maxwidth = o->lays->width = std::clamp(width, 40, 255);
     return o->maxwidth;
 }
-int32_t omlquery_maxwidth(const oml *o) { return o->maxwidth; }
-void omlset_pagelen(oml *o, int32_t lines) { o->pagelen = lines; }
+int32_t omlquery_maxwidth(const oml *o)
+{
+    return o->maxwidth;
+}
+void omlset_pagelen(oml *o, int32_t lines)
+{
+    o->pagelen = lines;
+}
 
 static void route(oml *o)
 {
@@ -174,12 +192,52 @@ void omlset_fd(oml *o, int32_t fd)
     bool tty = fd >= 0 && isatty(fd);
     const char *term = getenv("TERM");
     l->io.eachline = tty;
-    l->color = tty && !getenv("NO_COLOR") && term && strcmp(term, "dumb") != 0;
+    bool color = tty && !getenv("NO_COLOR") && term && strcmp(term, "dumb") != 0;
+    l->color = color ? COL_ANSI : COL_NONE;
     o->utf8 = tty && env_utf8();
 }
-void omlset_chars(oml *o, int utf8) { o->utf8 = utf8; }
-int omlquery_chars(const oml *o) { return o->utf8; }
-int32_t omlcolumn(const oml *o) { return lay_column(o->lays) + 1; }
+void omlset_chars(oml *o, int utf8)
+{
+    o->utf8 = utf8;
+}
+int omlquery_chars(const oml *o)
+{
+    return o->utf8;
+}
+
+bool omlcolorset(oml *o, bool on)
+{
+    layout *l = o->lays;
+    bool was = l->color == COL_ANSI;
+    if (l->color != COL_MARKS)
+        l->color = on ? COL_ANSI : COL_NONE;
+    return was;
+}
+
+void omlomclsetweak(oml *o, bool on)
+{
+    layout *l = o->lays;
+    if (l->markup == on)
+        return;
+    if (l->para)
+        lay_paraend(l);
+    l->markup = on;
+    l->col = 0;
+    o->nmarkup += on ? 1 : -1;
+}
+
+void omlomclset(oml *o, bool on)
+{
+    bool was = o->lays->markup;
+    omlomclsetweak(o, on);
+    if (on && !was)
+        io_put(&o->lays->io, "{omcl}\n", 7);
+}
+
+int32_t omlcolumn(const oml *o)
+{
+    return lay_column(o->lays) + 1;
+}
 
 void omlflush(oml *o)
 {
@@ -187,7 +245,10 @@ void omlflush(oml *o)
         io_flush(&l->io);
 }
 
-bool oml_rawstate(const oml *o) { return o->raw; }
+bool oml_rawstate(const oml *o)
+{
+    return o->raw;
+}
 
 bool oml_wantstyle(const oml *o, uint8_t color)
 {
@@ -210,7 +271,10 @@ void oml_atprompt(oml *o)
 }
 
 // A prompt is printed: whoever answers ends the line, so what comes next begins a new one.
-void oml_awaitline(oml *o) { o->lays->col = 0; }
+void oml_awaitline(oml *o)
+{
+    o->lays->col = 0;
+}
 
 // ---- attached logs
 static int32_t addlog(oml *o, int32_t fd, bool markup, int32_t width)
@@ -229,13 +293,16 @@ static int32_t addlog(oml *o, int32_t fd, bool markup, int32_t width)
     *at = l;
     return l->id;
 }
-int32_t omlset_log_output(oml *o, int32_t fd, int32_t width) { return addlog(o, fd, false, width); }
+int32_t omlset_log_output(oml *o, int32_t fd, int32_t width)
+{
+    return addlog(o, fd, false, width);
+}
 int32_t omlset_log_input(oml *o, int32_t fd)
 {
     int32_t id = addlog(o, fd, true, 79);
     if (id < 0)
         return id;
-    bool fresh = lseek(fd, 0, SEEK_END) <= 0;  // a log that goes on has its mark already
+    bool fresh = lseek(fd, 0, SEEK_END) <= 0; // a log that goes on has its mark already
     o->nmarkup++;
     for (layout *l = o->lays; l; l = l->next)
         if (l->id == id)
@@ -369,7 +436,10 @@ int32_t omlsendrawn(oml *o, const char *text, size_t n)
     o->raw = false;
     return stopflag;
 }
-int32_t omlsendraw(oml *o, const char *text) { return omlsendrawn(o, text, strlen(text)); }
+int32_t omlsendraw(oml *o, const char *text)
+{
+    return omlsendrawn(o, text, strlen(text));
+}
 
 void omltyped(oml *o, const char *line, bool onscreen)
 {
@@ -383,24 +453,73 @@ void omltyped(oml *o, const char *line, bool onscreen)
         l->col = 0;
 }
 
+// Sends to some of the layouts, the others being paused. What the mark-up leaves open ends with
+// it: for those who did not see it nothing has happened.
+template <class Whom> static int32_t send_to(oml *o, const char *markup, Whom whom)
+{
+    dropping(o);
+    struct {
+        uint8_t style;
+        int32_t nframe, deep, p2[4], synw;
+        omlframe frame[omlmaxframe];
+        bool syntab, eatnl;
+    } was;
+    was.style = o->style;
+    was.nframe = o->nframe;
+    was.deep = o->deep;
+    was.synw = o->synw;
+    was.syntab = o->syntab;
+    was.eatnl = o->eatnl;
+    memcpy(was.p2, o->p2, sizeof was.p2);
+    memcpy(was.frame, o->frame, sizeof was.frame);
+    for (layout *l = o->lays; l; l = l->next) {
+        l->waspaused = l->paused;
+        l->paused = !whom(l);
+    }
+    o->nframe = o->deep = 0;
+    o->eatnl = false;
+    omlsend(o, markup);
+    dropping(o);
+    for (layout *l = o->lays; l; l = l->next)
+        l->paused = l->waspaused;
+    o->style = was.style;
+    o->nframe = was.nframe;
+    o->deep = was.deep;
+    o->synw = was.synw;
+    o->syntab = was.syntab;
+    o->eatnl = was.eatnl;
+    memcpy(o->p2, was.p2, sizeof was.p2);
+    memcpy(o->frame, was.frame, sizeof was.frame);
+    return stopflag;
+}
+
+int32_t omlsendscreen(oml *o, const char *markup)
+{
+    return send_to(o, markup, [](const layout *l) { return l->main; });
+}
+int32_t omlsendlog(oml *o, int32_t id, const char *markup)
+{
+    return send_to(o, markup, [=](const layout *l) { return l->id == id && !l->main; });
+}
+
 // ---- the scanner
 static inline bool namechar(char c)
 {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-           c == '_' || c == '.';
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+           c == '.';
 }
 
 // The head of a tag at p (behind its brace): name, arguments, and where the head ends.
 struct taghead {
     omltext_t name, args;
-    const char *end;   // the closing brace or the colon
+    const char *end; // the closing brace or the colon
     bool body;
 };
 enum scanres { TAG_NO, TAG_MORE, TAG_YES };
 static scanres readhead(const char *p, const char *end, taghead *h)
 {
     const char *q = p;
-    if (q < end && *q == '&') {  // {&name}
+    if (q < end && *q == '&') { // {&name}
         q++;
         h->name = {p, 1};
         const char *a = q;
@@ -551,7 +670,7 @@ static size_t scanrun(oml *o, const char *p, size_t n, bool top)
         // other pieces and must read the same.
         q = dotag(o, p, end - p > ptrdiff_t(omlbuflen) ? p + omlbuflen : end);
         if (!q && top && end - p < ptrdiff_t(omlbuflen))
-            return size_t(p - begin);  // wait for the rest
+            return size_t(p - begin); // wait for the rest
         if (!q || q == p) {
             all_text(o, p, 1);
             q = p + 1;
@@ -595,6 +714,27 @@ int32_t omlsend(oml *o, const char *markup)
         memcpy(o->buf1, markup + used, o->npend);
     }
     return stopflag;
+}
+
+oml *omlsend_genascii_begin(int32_t width, bool marks, oml_userfn fn, void *arg)
+{
+    oml *o = omlopen(OML_PLAIN);
+    if (!o)
+        return nullptr;
+    omlset_maxwidth(o, width);
+    omlset_user(o, fn, arg);
+    if (marks)
+        o->lays->color = COL_MARKS;
+    o->utf8 = marks;
+    return o;
+}
+int32_t omlsend_genascii(oml *o, const char *markup)
+{
+    return omlsend(o, markup);
+}
+int32_t omlsend_genascii_raw(oml *o, const char *text)
+{
+    return omlsendraw(o, text);
 }
 
 // ---- measuring

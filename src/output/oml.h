@@ -38,9 +38,15 @@ void omlset_useron(oml *o);
 void omlset_fd(oml *o, int32_t fd);         // where the terminal sink writes; -1 none
 void omlset_chars(oml *o, int utf8);        // line-drawing and named characters in UTF-8 or ASCII
 int omlquery_chars(const oml *o);
+bool omlcolorset(oml *o, bool on);          // styles as colours; returns the earlier setting
+// The record's own output turns into a stream of mark-up, which begins with the line {omcl};
+// weakly when it goes on a stream that has that line. off renders again.
+void omlomclset(oml *o, bool on);
+void omlomclsetweak(oml *o, bool on);
 
 int32_t omlsend(oml *o, const char *markup);     // both return stopflag
 int32_t omlsendraw(oml *o, const char *text);
+int32_t omlsendscreen(oml *o, const char *markup);  // past the logs
 // A line that was typed goes to the logs only; onscreen tells that the terminal showed it.
 void omltyped(oml *o, const char *line, bool onscreen);
 void omlflush(oml *o);
@@ -52,10 +58,24 @@ int32_t omlcolumn(const oml *o);                 // 1-based column of the next c
 int32_t omlset_log_output(oml *o, int32_t fd, int32_t width);  // id, or -1 without memory
 int32_t omlset_log_input(oml *o, int32_t fd);                  // id, or -1
 void omllog_pause(oml *o, int32_t id, bool pause);
+int32_t omlsendlog(oml *o, int32_t id, const char *markup);  // to that log alone, paused or not
 void omllog_widths(oml *o, int32_t width);       // of all plain logs
 int32_t omllog_err(const oml *o, int32_t id);    // of one log
 int32_t omllog_close(oml *o, int32_t id);        // flushes; 0 or 693; the fd stays open
 int32_t oml_query_log_err(const oml *o);         // 0, or 693 after a failed log write
+
+// Rendering for a file or another program: a record of its own that hands the routine plain
+// text in ASCII, or with marks the text in UTF-8 and in it
+//   omlmark_style, a byte 32 + style (omlst_... bits)         omlmark_link, a page's name, omlmark_end
+// Close it with omlclose. Null without memory.
+[[nodiscard]] oml *omlsend_genascii_begin(int32_t width, bool marks, oml_userfn fn, void *arg);
+int32_t omlsend_genascii(oml *o, const char *markup);
+int32_t omlsend_genascii_raw(oml *o, const char *text);
+inline constexpr char omlmark_style = 1, omlmark_link = 2, omlmark_end = 3;
+enum : uint8_t {  // of the style byte; the two lowest bits are a colour
+    omlst_result = 1, omlst_error = 2, omlst_command = 3, omlst_color = 3,
+    omlst_bold = 4, omlst_italic = 8, omlst_under = 16, omlst_link = 32,
+};
 
 // Paging. omlmore returns the key, or 0 when no prompt is due.
 int32_t omlmore(oml *o);
@@ -67,6 +87,7 @@ struct omlscreen {
     const char *sane = "";  // attributes off, the cursor shown
 };
 extern omlscreen oml_screen;
+bool omlpromptset(const char *markup);  // the form of the prompt; false without memory
 // The routine a console hands to omlset_user: shows the prompt and waits for a key.
 int32_t sysmore(const char *text, size_t n, void *arg);
 

@@ -12,12 +12,15 @@
 
 // Styles: one of four colours, and bits.
 enum : uint8_t {
-    ST_TXT = 0, ST_RES = 1, ST_ERR = 2, ST_COM = 3, ST_COLOR = 3,
-    ST_BOLD = 4, ST_ITALIC = 8, ST_UNDER = 16, ST_LINK = 32,
+    ST_TXT = 0, ST_RES = omlst_result, ST_ERR = omlst_error, ST_COM = omlst_command,
+    ST_COLOR = omlst_color, ST_BOLD = omlst_bold, ST_ITALIC = omlst_italic,
+    ST_UNDER = omlst_under, ST_LINK = omlst_link,
     ST_NONE = 255,
 };
 inline constexpr size_t omlbuflen = 516;
 inline constexpr size_t omliolen = 16384;
+
+enum : uint8_t { COL_NONE, COL_ANSI, COL_MARKS };
 
 // Where bytes go: a descriptor, or a routine.
 struct omlio {
@@ -39,7 +42,8 @@ struct layout {
     omlio io;
     int32_t id;
     bool markup;           // a mark-up log: none of the fields below matter
-    bool paused, color;
+    bool paused, waspaused;
+    uint8_t color;         // how styles are shown: COL_NONE, COL_ANSI, COL_MARKS
     bool main;             // the record's own output, which pages
     bool midwrap;          // plain text went on behind "> "
     int32_t width;
@@ -55,6 +59,7 @@ struct layout {
     int32_t wordcols;
     char *word;            // omlbuflen bytes
     uint8_t style;         // as last sent to a colour terminal
+    uint8_t wordstyle;     // in force where the gathered word begins
 };
 
 void lay_text(layout *l, const char *p, size_t n);
@@ -64,6 +69,7 @@ void lay_paraend(layout *l);
 void lay_break(layout *l);
 void lay_hline(layout *l, int32_t n);       // 0: to the right margin
 void lay_glyph(layout *l, const char *p, size_t n, int32_t cols);
+void lay_linkmark(layout *l, const char *p, size_t n);  // where a link leads, when marks are wanted
 void lay_space(layout *l, int32_t n);
 void lay_col(layout *l, int32_t col);       // 1-based
 void lay_align(layout *l, char how, int32_t field, int32_t len);  // blanks before an aligned text

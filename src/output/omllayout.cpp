@@ -3,9 +3,9 @@
 // Plain text goes on behind "> " when a line is full. In a paragraph, words are gathered and
 // placed; blanks stay as typed, a line end counts as one, an empty line ends it. Bytes 0x80 to
 // 0xBF take no column, so a character of several bytes is never cut.
-#include "output/oml_int.h"
 #include "core/files.h"
 #include "core/progress.h"
+#include "output/oml_int.h"
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -51,7 +51,10 @@ void io_put(omlio *io, const char *p, size_t n)
     io->n += n;
 }
 
-static inline int32_t chcols(char c) { return (uint8_t(c) & 0xc0) != 0x80; }
+static inline int32_t chcols(char c)
+{
+    return (uint8_t(c) & 0xc0) != 0x80;
+}
 
 static int32_t cols_of(const char *p, size_t n)
 {
@@ -62,8 +65,14 @@ static int32_t cols_of(const char *p, size_t n)
 }
 
 // ---- styles on a terminal
-static size_t stylecode(char *out, uint8_t s)
+static size_t stylecode(char *out, const layout *l)
 {
+    uint8_t s = l->style;
+    if (l->color == COL_MARKS) {
+        out[0] = omlmark_style;
+        out[1] = char(32 + s);
+        return 2;
+    }
     static const char *const color[] = {"", "", "31", ""};
     int n = snprintf(out, 32, "\033[0");
     const char *c = color[s & ST_COLOR];
@@ -87,15 +96,19 @@ static void style_now(layout *l)
     if (!l->color || l->style == l->o->style)
         return;
     l->style = l->o->style;
-    io_put(&l->io, code, stylecode(code, l->style));
+    io_put(&l->io, code, stylecode(code, l));
 }
 
 // ---- lines
 static void endline(layout *l)
 {
     if (l->color && l->style != ST_TXT) {
-        io_put(&l->io, "\033[0m", 4);
+        char code[40];
         l->style = ST_TXT;
+        if (l->color == COL_ANSI)
+            io_put(&l->io, "\033[0m", 4);
+        else
+            io_put(&l->io, code, stylecode(code, l));
     }
     io_put(&l->io, "\n", 1);
     l->col = 0;
@@ -120,14 +133,10 @@ static void pad(layout *l, int32_t n)
 static void plainrun(layout *l, const char *p, size_t n)
 {
     style_now(l);
-    if (l->col + int64_t(n) <= l->width) {  // bytes are at least as many as columns
+    // Bytes are at least as many as columns, but for tabs.
+    if (l->col + int64_t(n) <= l->width && !memchr(p, '\t', n)) {
         io_put(&l->io, p, n);
-        if (std::none_of(p, p + n, [](char c) { return uint8_t(c) >= 0x80 || c == '\t'; })) {
-            l->col += int32_t(n);
-            return;
-        }
-        for (size_t i = 0; i < n; i++)
-            l->col = p[i] == '\t' ? (l->col | 7) + 1 : l->col + chcols(p[i]);
+        l->col += cols_of(p, n);
         return;
     }
     for (size_t i = 0; i < n; i++) {
@@ -155,18 +164,29 @@ static void startline(layout *l)
     l->indent = l->ind2;
 }
 
+static void restyle(layout *l, uint8_t style)
+{
+    char code[40];
+    if (!l->color || l->style == style)
+        return;
+    l->style = style;
+    io_put(&l->io, code, stylecode(code, l));
+}
+
 // Places the word gathered so far. A piece of an overlong word goes on where the line is.
 static void placeword(layout *l)
 {
     if (!l->nword)
         return;
-    if (l->blanks >= 0) {  // -1: glued to what was placed before
-        if (!l->fresh && l->wordcols &&
-            l->col + l->blanks + l->wordcols > l->width - l->rmargin) {
+    if (l->blanks >= 0) { // -1: glued to what was placed before
+        if (!l->fresh && l->wordcols && l->col + l->blanks + l->wordcols > l->width - l->rmargin) {
+            uint8_t last = l->style;
             endline(l);
             l->fresh = true;
-        }
-        if (l->fresh)
+            startline(l);
+            restyle(l, l->wordstyle);
+            l->style = last;
+        } else if (l->fresh)
             startline(l);
         else
             pad(l, l->blanks);
@@ -182,9 +202,11 @@ static void addword(layout *l, const char *p, size_t n, int32_t cols)
 {
     if (l->nword + n + 40 > omlbuflen)
         placeword(l);
+    if (!l->nword)
+        l->wordstyle = l->style;
     if (l->color && l->style != l->o->style) {
         l->style = l->o->style;
-        l->nword += stylecode(l->word + l->nword, l->style);
+        l->nword += stylecode(l->word + l->nword, l);
     }
     memcpy(l->word + l->nword, p, n);
     l->nword += n;
@@ -196,6 +218,8 @@ static void endword(layout *l)
     placeword(l);
     if (l->blanks < 0)
         l->blanks = 0;
+    if (l->style & (ST_UNDER | ST_LINK)) // shows on the blanks between words
+        style_now(l);
 }
 
 static void pararun(layout *l, const char *p, size_t n)
@@ -311,6 +335,20 @@ void lay_glyph(layout *l, const char *p, size_t n, int32_t cols)
     style_now(l);
     io_put(&l->io, p, n);
     l->col += cols;
+}
+
+void lay_linkmark(layout *l, const char *p, size_t n)
+{
+    char mark[200];
+    if (l->color != COL_MARKS || n > sizeof mark - 2)
+        return;
+    mark[0] = omlmark_link;
+    memcpy(mark + 1, p, n);
+    mark[n + 1] = omlmark_end;
+    if (l->para)
+        addword(l, mark, n + 2, 0);
+    else
+        io_put(&l->io, mark, n + 2);
 }
 
 int32_t lay_column(const layout *l)

@@ -4,15 +4,21 @@
 #include <cstdlib>
 #include <string_view>
 
-#define EACH(o, call)                                                                          \
-    for (layout *l = (o)->lays; l; l = l->next)                                                \
-    if (!l->markup && !l->paused)                                                              \
+#define EACH(o, call)                                                                              \
+    for (layout *l = (o)->lays; l; l = l->next)                                                    \
+        if (!l->markup && !l->paused)                                                              \
     call
 
 using run_t = int32_t(oml *, const omltag *, omltext_t, const omltext_t *);
 
-static void put(oml *o, omltext_t s) { EACH(o, lay_text(l, s.p, s.n)); }
-static void put(oml *o, const char *s) { put(o, omltext_t{s, strlen(s)}); }
+static void put(oml *o, omltext_t s)
+{
+    EACH(o, lay_text(l, s.p, s.n));
+}
+static void put(oml *o, const char *s)
+{
+    put(o, omltext_t{s, strlen(s)});
+}
 
 // Up to max numbers, separated by blanks. Returns how many there were.
 static int32_t numbers(omltext_t s, int32_t *out, int32_t max)
@@ -178,7 +184,7 @@ static void twocol(oml *o, const int32_t *a, const omltext_t *body)
     EACH(o, lay_para(l, a[0], a[2], a[3], 0));
     oml_scan(o, body->p, body->n, false);
     EACH(o, {
-        if (lay_column(l) > a[1]) {
+        if (lay_column(l) >= a[1]) { // a blank stands between the columns at least
             lay_break(l);
             l->indent = std::min(a[1], l->width - 8);
         }
@@ -283,12 +289,17 @@ static omltext_t unquoted(omltext_t s)
 static int32_t t_link(oml *o, const omltag *t, omltext_t args, const omltext_t *body)
 {
     o->style |= ST_LINK;
+    omltext_t shown = unquoted(args);
+    if (!strcmp(t->name, "help")) {
+        std::string_view s(shown.p, shown.n);
+        s = s.substr(0, std::min(s.find("##"), s.find('|')));
+        EACH(o, lay_linkmark(l, s.data(), s.size()));
+    }
     if (body)
         return 1;
-    omltext_t shown = unquoted(args);
     if (t->arg || !shown.n)
         put(o, t->text ? t->text : t->name);
-    else {  // topic##marker|viewer: only the topic is read
+    else { // topic##marker|viewer: only the topic is read
         std::string_view s(shown.p, shown.n);
         if (t->form == OF_OPEN && !strcmp(t->name, "help"))
             s = s.substr(0, std::min(s.find("##"), s.find('|')));

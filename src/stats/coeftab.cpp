@@ -1,5 +1,7 @@
 #include "stats/coeftab.h"
 #include "core/missing.h"
+#include "core/rc.h"
+#include "core/settings.h"
 #include "core/state.h"
 #include "core/text.h"
 #include "data/umat.h"
@@ -10,6 +12,8 @@
 #include "stats/dist.h"
 #include "stats/normal.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -38,18 +42,49 @@ coefstat coef_stats(double b, double se, double df, double level)
 
 void coeftab_rule(char joint)
 {
-    spout21fat(1, "-------------%c----------------------------------------------------------------\n",
+    spout21fat(1,
+               "-------------%c----------------------------------------------------------------\n",
                joint);
 }
 
-void coeftab_heading(const char *name, const char *what, double level, bool isz, bool beta,
+static int32_t format_option(const char *name, const char *setting, const char *plain, char *fmt)
+{
+    if (!ti_pi_findargn(tokinfo, parinfo, name, 5, fmt, fmtlen, 1))
+        strcut(fmt, fmtlen + 1, *setting ? setting : plain);
+    fmtinfo f;
+    if (chkfmt(fmt, &f) || f.kind == 's' || f.kind == 't')
+        return errout(120, "invalid %%format\n");
+    if (f.width > 9)
+        return errout(RC_SYNTAX, "%s() must have a width of at most 9\n", name);
+    return 0;
+}
+
+int32_t coeftab_options(coeftab *t)
+{
+    t->level = ti_pi_findlevel(tokinfo, parinfo, 1);
+    t->plus = stat_option("plus", 4);
+    t->omitted = stat_option("omitted", 4, true);
+    t->neq = ti_pi_findopta(tokinfo, parinfo, "neq", 3, stat_option("first", 5) ? 1 : 0);
+    if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, t->eform, 12))
+        *t->eform = 0;
+    int32_t rc = format_option("cformat", set_cformat, "%9.0g", t->cformat);
+    if (!rc)
+        rc = format_option("pformat", set_pformat, "%5.3f", t->pformat);
+    return rc ? rc : format_option("sformat", set_sformat, "%8.2f", t->sformat);
+}
+
+void coeftab_heading(const coeftab *t, const char *name, const char *what, bool isz,
                      const char *setype)
 {
     char shown[246], lev[24], interval[48];
     if (*setype)
         spout21fat(1, "%12s |%11s%12s\n", "", "", setype);
-    fmtnumtrim(lev, sizeof lev, level, "%9.0g");
-    snprintf(interval, sizeof interval, beta ? "Beta" : "[%s%% Conf. Interval]", lev);
+    fmtnumtrim(lev, sizeof lev, t->level, "%9.0g");
+    snprintf(interval, sizeof interval, "[%s%% Conf. Interval]", lev);
+    if (*t->extra) {
+        strcut(interval, sizeof interval, t->extra);
+        *interval = char(toupper(*interval));
+    }
     str_abbrev(shown, name, 12);
     spout21fat(1, "%12s |%11s   Std. Err.%7s%9s%25s\n", shown, what, isz ? "z" : "t",
                isz ? "P>|z|" : "P>|t|", interval);
@@ -61,22 +96,22 @@ static const char *cell(char *buf, double z, const char *fmt)
     return buf;
 }
 
-void coeftab_line(const char *name, const coefstat *c, const double *beta)
+void coeftab_line(const coeftab *t, const char *name, const coefstat *c, double extra)
 {
     char shown[246], b[64], se[64], st[64], p[64], lo[64], hi[64];
     str_abbrev(shown, name, 12);
     spout21fat(1, "%12s |", shown);
-    cell(b, c->b, "%9.0g");
-    cell(se, c->se, "%9.0g");
-    cell(st, c->stat, "%8.2f");
-    cell(p, c->p, "%5.3f");
-    if (beta) {
-        cell(hi, *beta, "%9.0g");
+    cell(b, c->b, t->cformat);
+    cell(se, c->se, t->cformat);
+    cell(st, c->stat, t->sformat);
+    cell(p, c->p, t->pformat);
+    if (*t->extra) {
+        cell(hi, extra, t->cformat);
         spout21fat(0, "%11s%11s%9s%8s%25s\n", b, se, st, p, hi);
         return;
     }
-    cell(lo, c->low, "%9.0g");
-    cell(hi, c->high, "%9.0g");
+    cell(lo, c->low, t->cformat);
+    cell(hi, c->high, t->cformat);
     spout21fat(0, "%11s%11s%9s%8s%13s%12s\n", b, se, st, p, lo, hi);
 }
 
@@ -92,12 +127,12 @@ static void cluster_note()
     if (clust.empty() || g >= misval)
         return;
     char n[40], text[200];
-    snprintf(text, sizeof text, "(Std. Err. adjusted for %s clusters in %s)", fmt_comma(n, g),
-             clust.c_str());
+    snprintf(text, sizeof text, "(Std. Err. adjusted for %s cluster%s in %s)", fmt_comma(n, g),
+             g == 1 ? "" : "s", clust.c_str());
     spout21fat(1, "%78s\n", text);
 }
 
-static coefstat exponentiated(const coefstat *c)
+coefstat coef_exp(const coefstat *c)
 {
     coefstat e = *c;
     e.b = std::exp(c->b);
@@ -109,23 +144,29 @@ static coefstat exponentiated(const coefstat *c)
 
 int32_t coeftab_show(const coeftab *t)
 {
-    matref b, v, std_b;
+    matref b, v, extra;
     if (!umat_get("b", MK_E, &b))
         return regrnotfound();
     bool hasv = umat_get("V", MK_E, &v);
-    bool hasbeta = t->beta && umat_get("beta", MK_E, &std_b);
+    bool hasextra = *t->extra && umat_get(t->extra, MK_E, &extra);
     double df = estval_get_double("df_r");
     bool isz = gretval_find(RK_E, "df_r") == 0;
     std::string depvar = macro_of("depvar"), setype = macro_of("vcetype");
     outlev_keep keep(1);
     cluster_note();
     spout21("------------------------------------------------------------------------------\n");
-    coeftab_heading(depvar.c_str(), *t->eform ? t->eform : "Coef.", t->level, isz, t->beta,
-                    setype.c_str());
+    coeftab_heading(t, depvar.c_str(), *t->eform ? t->eform : "Coef.", isz, setype.c_str());
     coeftab_rule('+');
+    // Where everything fits exactly no variance tells a constant of zero from one left out.
+    bool varies = false;
+    for (int32_t j = 1; hasv && j <= v.m->cols; j++)
+        varies |= umat_el(v.m, j, j) > 0;
     const char *eq = "_";
+    int32_t met = 0;
     for (int32_t j = 1; j <= b.m->cols; j++) {
         const umatname &name = b.col[j - 1];
+        if ((j == 1 || strcmp(name.eq, b.col[j - 2].eq)) && ++met > t->neq && t->neq > 0)
+            break;
         if (strcmp(name.eq, eq)) {
             if (j > 1)
                 coeftab_rule('+');
@@ -138,7 +179,7 @@ int32_t coeftab_show(const coeftab *t)
         if (constant && *t->eform)
             continue;
         double z = umat_el(b.m, 1, j), var = hasv ? umat_el(v.m, j, j) : 0;
-        if (z == 0 && var == 0 && hasv) {
+        if (z == 0 && var == 0 && hasv && (!constant || varies)) {
             char shown[246];
             str_abbrev(shown, name.name, 12);
             if (t->omitted)
@@ -147,9 +188,9 @@ int32_t coeftab_show(const coeftab *t)
         }
         coefstat c = coef_stats(z, var > 0 ? std::sqrt(var) : misval, isz ? misval : df, t->level);
         if (*t->eform)
-            c = exponentiated(&c);
-        double beta = hasbeta && !constant && j <= std_b.m->cols ? umat_el(std_b.m, 1, j) : misval;
-        coeftab_line(name.name, &c, t->beta ? &beta : nullptr);
+            c = coef_exp(&c);
+        bool has = hasextra && !constant && j <= extra.m->cols;
+        coeftab_line(t, name.name, &c, has ? umat_el(extra.m, 1, j) : misval);
         if (stopflag)
             return stopflag;
     }

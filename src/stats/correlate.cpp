@@ -12,6 +12,7 @@
 #include "output/print.h"
 #include "stats/crossprod.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -30,20 +31,17 @@ struct corcmd {
 
 int32_t parse(corcmd *c)
 {
-    parinfo->pi_in = parinfo->pi_if = parinfo->pi_by = parinfo->pi_opts = PI_OK;
-    parinfo->pi_vlist = PI_OK;
-    parinfo->pi_blankall = 1;
-    parinfo->pi_wgt = PI_OK;
-    parinfo->pi_wgtmask = W_AW | W_FW | W_IW | W_PW;
-    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    statline line;
+    line.blankall = true;
+    line.weights = W_AW | W_FW | W_IW | W_PW;
+    line.weightdflt = W_AW;
+    int32_t rc = stat_parse(line);
     if (rc)
         return rc;
-    if (parinfo->pi_hasexp)
-        pi_wgtdflt(parinfo, W_AW);
-    c->means = ti_pi_findopt(tokinfo, parinfo, "means", 1, 0) != 0;
-    c->covariance = ti_pi_findopt(tokinfo, parinfo, "covariance", 1, 0) != 0;
-    c->wrap = ti_pi_findopt(tokinfo, parinfo, "wrap", 1, 0) != 0;
-    (void)ti_pi_findopt(tokinfo, parinfo, "format", 4, 1);
+    c->means = stat_option("means", 1);
+    c->covariance = stat_option("covariance", 1);
+    c->wrap = stat_option("wrap", 1);
+    (void)stat_option("format", 4, true);
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     for (int32_t i = 0; i < parinfo->pi_nvar; i++) {

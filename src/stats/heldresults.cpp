@@ -10,6 +10,7 @@
 #include "stats/results.h"
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <vector>
 
 static constexpr int32_t slotlen = 12, nslot = (DM_HELD_LAST - DM_HELD_FIRST + 1) / slotlen;
@@ -146,7 +147,10 @@ int32_t held_restore(int32_t kind, const char *name, bool keep)
             dmretypeall(slot_type(slot) + i, types[i]);
             continue;
         }
+        std::vector<dmrec *> oldest_first;  // new ones come to stand in front
         for (dmrec *r = dm_dtyp[slot_type(slot) + i]; r; r = r->tnext)
+            oldest_first.insert(oldest_first.begin(), r);
+        for (dmrec *r : oldest_first)
             if (dmcp(dm_payload(r), r->name, types[i]))
                 return RC_DMMEM;
     }
@@ -188,10 +192,19 @@ void held_droplevel(int32_t kind, int32_t level)
 int32_t held_dir(int32_t kind)
 {
     outlev_keep level(0);
+    std::string permanent;
     for (int32_t s = 0; s < nslot; s++) {
         dmrec *r = slot_rec(s);
-        if (r && r->a == kind && spout21f("%12s%s\n", "", r->name))
+        if (!r || r->a != kind)
+            continue;
+        if (r->aux == 0)
+            permanent += (permanent.empty() ? "" : " ") + std::string(r->name);
+        if (spout21f("%12s%s\n", "", r->name))
             return stopflag;
+    }
+    if (kind == RK_E) {
+        retval_clear();
+        retval_set_glocal("names", permanent.c_str());
     }
     return 0;
 }

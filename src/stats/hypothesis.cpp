@@ -4,7 +4,8 @@
 //   _test x1 x2 ...                       each is zero
 //   _test x1 = x2 + 3 [= ...]             equations, several in parentheses
 //   _test x1 - x2 , combine level(#)      the combination with its standard error
-//   options: accumulate (on top of the last test), notest
+//   _test [eq]  _test [eq1=eq2]: x1 x2    equations are zero, or equal to one another
+//   options: accumulate (on top of the last test), notest, mtest[(method)]
 //
 // A term is [number *] coefficient, a coefficient a name of e(b), eq:name, [eq]name or _b[name].
 #include "core/missing.h"
@@ -21,6 +22,8 @@
 #include "stats/coeftab.h"
 #include "stats/dist.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
@@ -29,7 +32,8 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace
+{
 
 // R b = q, one row a restriction, with the text that shows it.
 struct restriction {
@@ -37,7 +41,7 @@ struct restriction {
     double q = 0;
     std::string text;
 };
-std::vector<restriction> kept;  // of the last test, for accumulate
+std::vector<restriction> kept; // of the last test, for accumulate
 
 struct reader {
     const char *p;
@@ -63,7 +67,7 @@ int32_t column(const reader *r, const std::string &eq, const std::string &name)
 {
     std::string full = eq.empty() ? name : eq + ":" + name;
     int32_t at = umat_findname(r->b.col, r->n, full.c_str(), false);
-    if (!at && name != "_cons") {  // an abbreviated variable
+    if (!at && name != "_cons") { // an abbreviated variable
         int32_t var = findvar_in_list(name.c_str(), _varlist, _i_Kvar, !ovata_varabbrev);
         if (var > 0) {
             full = eq.empty() ? _varlist[var - 1] : eq + ":" + _varlist[var - 1];
@@ -239,9 +243,73 @@ void add(std::vector<restriction> *v, const reader *r, const linear &l)
     v->push_back(x);
 }
 
+// [eq] and [eq=eq2], with or without the names that are meant behind a colon: whole equations
+// that are zero, or equal where both have the name. False when the text is not of that form.
+bool equation_form(reader *r, std::vector<restriction> *v, int32_t *rc)
+{
+    blanks(r);
+    const char *close = *r->p == '[' ? strchr(r->p, ']') : nullptr, *rest = close ? close + 1 : "x";
+    while (*rest == ' ')
+        rest++;
+    if (*rest && *rest != ':')
+        return false;
+    std::string eq[2];
+    r->p++;
+    eq[0] = name_at(r);
+    blanks(r);
+    if (*r->p == '=') {
+        r->p++;
+        blanks(r);
+        eq[1] = name_at(r);
+        blanks(r);
+    }
+    int32_t first[2], last[2];
+    for (int i = 0; i < 2; i++)
+        if (!(i && eq[1].empty()) &&
+            !umat_eqspan(r->b.col, r->n, eq[i].c_str(), &first[i], &last[i])) {
+            *rc = eqnotfound(eq[i].c_str());
+            return true;
+        }
+    if (r->p != close) {
+        *rc = error(RC_SYNTAX);
+        return true;
+    }
+    std::vector<std::string> names;
+    r->p = rest + (*rest == ':');
+    for (blanks(r); *r->p; blanks(r)) {
+        names.push_back(name_at(r));
+        if (names.back().empty()) {
+            *rc = error(RC_SYNTAX);
+            return true;
+        }
+    }
+    if (names.empty())
+        for (int32_t j = first[0]; j <= last[0]; j++)
+            if (strcmp(r->b.col[j].name, "_cons") &&
+                (eq[1].empty() || column(r, eq[1], r->b.col[j].name)))
+                names.emplace_back(r->b.col[j].name);
+    for (const std::string &name : names) {
+        linear l;
+        l.c.assign(size_t(r->n), 0);
+        for (int i = 0; i < 1 + !eq[1].empty(); i++) {
+            int32_t at = column(r, eq[i], name);
+            if (!at) {
+                *rc = notfound(("[" + eq[i] + "]" + name).c_str());
+                return true;
+            }
+            l.c[size_t(at) - 1] = i ? -1 : 1;
+        }
+        add(v, r, l);
+    }
+    return true;
+}
+
 // a = b = c makes two restrictions; without any = every coefficient named is zero.
 int32_t read_group(reader *r, std::vector<restriction> *v)
 {
+    int32_t rc = 0;
+    if (equation_form(r, v, &rc))
+        return rc;
     if (!strchr(r->p, '=')) {
         for (blanks(r); *r->p; blanks(r)) {
             int32_t at = coefficient(r);
@@ -255,7 +323,7 @@ int32_t read_group(reader *r, std::vector<restriction> *v)
         return 0;
     }
     linear a, b;
-    int32_t rc = sum(r, &a);
+    rc = sum(r, &a);
     for (blanks(r); !rc && *r->p == '='; blanks(r)) {
         r->p++;
         if (*r->p == '=')
@@ -286,10 +354,12 @@ int32_t read_all(reader *r, const std::string &text, std::vector<restriction> *v
             depth += (text[e] == '(') - (text[e] == ')');
             e++;
         } while (e < text.size() && depth);
+        if (depth)
+            return error(RC_SYNTAX);
         parts.push_back(text.substr(at + 1, e - at - 2));
         at = text.find_first_not_of(' ', e);
     }
-    if (at != std::string::npos)  // not of that form
+    if (at != std::string::npos) // not of that form
         parts = {text};
     for (const std::string &part : parts) {
         r->p = part.c_str();
@@ -331,7 +401,7 @@ double wald(const std::vector<restriction> &v, const matref &b, const matref &V,
     dropped->assign(m, false);
     *rank = 0;
     double q = 0;
-    for (size_t p = 0; p < m; p++) {  // Cholesky-like: what a row adds to those before it
+    for (size_t p = 0; p < m; p++) { // Cholesky-like: what a row adds to those before it
         double piv = W[p * m + p];
         if (piv < 1e-10) {
             (*dropped)[p] = true;
@@ -349,14 +419,110 @@ double wald(const std::vector<restriction> &v, const matref &b, const matref &V,
     return q;
 }
 
-int32_t show_test(const std::vector<restriction> &v, const matref &b, const matref &V, bool quiet)
-{
+struct waldtest {
     std::vector<bool> dropped;
     int32_t rank;
-    double q = wald(v, b, V, &dropped, &rank), df_r = estval_get_double("df_r");
-    bool isf = gretval_find(RK_E, "df_r") != 0;
-    double stat = rank ? isf ? q / rank : q : misval;
-    double p = !rank || df_r == 0 ? misval : isf ? ftail2(rank, df_r, stat) : chi2tail2(rank, stat);
+    bool isf;
+    double df_r, stat, p;
+};
+
+waldtest test_of(const std::vector<restriction> &v, const matref &b, const matref &V)
+{
+    waldtest t;
+    double q = wald(v, b, V, &t.dropped, &t.rank);
+    t.df_r = estval_get_double("df_r");
+    t.isf = gretval_find(RK_E, "df_r") != 0;
+    t.stat = t.rank ? t.isf ? q / t.rank : q : misval;
+    t.p = !t.rank || t.df_r == 0 ? misval
+          : t.isf                ? ftail2(t.rank, t.df_r, t.stat)
+                                 : chi2tail2(t.rank, t.stat);
+    return t;
+}
+
+// ---- every restriction on its own, its probability adjusted for their number
+
+struct method {
+    const char *word, *name;
+    int32_t min;
+};
+constexpr method methods[] = {{"noadjust", "Unadjusted", 4},
+                              {"bonferroni", "Bonferroni-adjusted", 1},
+                              {"holm", "Holm-adjusted", 1},
+                              {"sidak", "Sidak-adjusted", 1}};
+
+// Bonferroni; Holm (1979); Sidak (1967). Tests without a probability do not count.
+void adjust(std::vector<double> *p, int how)
+{
+    double m = 0;
+    for (double z : *p)
+        m += z < misval;
+    std::vector<size_t> order;
+    for (size_t i = 0; i < p->size(); i++)
+        if ((*p)[i] < misval)
+            order.push_back(i);
+    std::sort(order.begin(), order.end(), [&](size_t a, size_t b) { return (*p)[a] < (*p)[b]; });
+    double most = 0;
+    for (size_t k = 0; k < order.size(); k++) {
+        double &z = (*p)[order[k]];
+        if (how == 1)
+            z = std::min(1.0, z * m);
+        else if (how == 2)
+            z = most = std::max(most, std::min(1.0, z * (m - double(k))));
+        else if (how == 3)
+            z = z < 1 ? -std::expm1(m * std::log1p(-z)) : 1;
+    }
+}
+
+int32_t show_each(const std::vector<restriction> &v, const matref &b, const matref &V,
+                  const waldtest &all, int how)
+{
+    static const char *rule = "---------------------------------------\n";
+    std::vector<double> p;
+    std::vector<waldtest> each;
+    for (const restriction &x : v) {
+        each.push_back(test_of({x}, b, V));
+        p.push_back(each.back().p);
+    }
+    adjust(&p, how);
+    each.push_back(all);
+    p.push_back(all.p);
+    matref m;
+    if (int32_t rc = umat_new("mtest", MK_R, int32_t(v.size()), 3, &m))
+        return rc;
+    retval_mark_dm();
+    strcpy(m.col[0].name, all.isf ? "F" : "chi2");
+    strcpy(m.col[1].name, "df");
+    strcpy(m.col[2].name, how ? "adjustp" : "p");
+    std::string what = all.isf ? "F(df," + number(all.df_r) + ")" : "chi2";
+    spout21f("\n%s       |%11s      df           p\n", rule, what.c_str());
+    for (size_t i = 0; i < each.size(); i++) {
+        char stat[64], pr[64], label[24] = "all";
+        if (i == v.size() || !i)
+            spout21("-------+-------------------------------\n");
+        if (i < v.size()) {
+            snprintf(label, sizeof label, "(%d)", int(i) + 1);
+            double row[] = {each[i].stat, double(each[i].rank), p[i]};
+            memcpy(m.m->el + 3 * i, row, sizeof row);
+        }
+        fmtnumtrim(stat, sizeof stat, each[i].stat, "%9.2f");
+        fmtnumtrim(pr, sizeof pr, p[i], "%8.4f");
+        spout21f("%6s |%11s%8d%12s%s\n", label, stat, each[i].rank, pr,
+                 i < v.size() && how ? " *" : "");
+    }
+    spout21(rule);
+    if (how)
+        spout21f("     * %s probabilities\n", methods[how].name);
+    return stopflag;
+}
+
+int32_t show_test(const std::vector<restriction> &v, const matref &b, const matref &V, bool quiet,
+                  int each)
+{
+    waldtest t = test_of(v, b, V);
+    const std::vector<bool> &dropped = t.dropped;
+    int32_t rank = t.rank;
+    double df_r = t.df_r, stat = t.stat, p = t.p;
+    bool isf = t.isf;
     retval_clear();
     retval_set_gscalar(p, "p");
     if (isf) {
@@ -388,11 +554,26 @@ int32_t show_test(const std::vector<restriction> &v, const matref &b, const matr
     spout21f("%18s =%8s\n", buf, value);
     fmtnumtrim(value, sizeof value, p, "%8.4f");
     spout21f("%18s =%8s\n", isf ? "Prob > F" : "Prob > chi2", value);
-    return stopflag;
+    return each >= 0 ? show_each(v, b, V, t, each) : stopflag;
 }
 
-int32_t combine(reader *r, const std::string &text, const matref &V, double level,
-                const char *eform)
+// mtest alone or with a method: its place among the methods, -1 without the option.
+int32_t each_option(int *each)
+{
+    char text[33] = "";
+    *each = stat_option("mtest", 5) ? 0 : -1;
+    if (*each == 0 || !ti_pi_findargn(tokinfo, parinfo, "mtest", 5, text, 32, 1))
+        return 0;
+    for (int i = 0; i < 4; i++)
+        if (int32_t(strlen(text)) >= methods[i].min &&
+            !strncmp(text, methods[i].word, strlen(text))) {
+            *each = i;
+            return 0;
+        }
+    return errout(RC_SYNTAX, "mtest() must be bonferroni, holm, sidak or noadjust\n");
+}
+
+int32_t combine(reader *r, const std::string &text, const matref &V, const coeftab &t)
 {
     linear l;
     r->p = text.c_str();
@@ -412,27 +593,28 @@ int32_t combine(reader *r, const std::string &text, const matref &V, double leve
     bool isz = gretval_find(RK_E, "df_r") == 0;
     double df = isz ? misval : estval_get_double("df_r");
     std::string depvar = gretval_find(RK_E, "depvar") == 5179 ? retval_get_strptr() : "";
-    coefstat c = coef_stats(b, var > 0 ? std::sqrt(var) : misval, df, level);
+    coefstat c = coef_stats(b, var > 0 ? std::sqrt(var) : misval, df, t.level);
     retval_clear();
     retval_set_gscalar(b, "estimate");
     retval_set_gscalar(c.se, "se");
+    retval_set_gscalar(c.stat, isz ? "z" : "t");
+    retval_set_gscalar(c.p, "p");
+    retval_set_gscalar(c.low, "lb");
+    retval_set_gscalar(c.high, "ub");
     if (!isz)
         retval_set_gscalar(df, "df");
+    retval_set_gscalar(t.level, "level");
     outlev_keep keep(1);
     std::string shown = shown_sum(r, l.c);
     if (l.k != 0)
         shown += (l.k < 0 ? " - " : " + ") + number(std::fabs(l.k));
     spout21f("\n (%2d)  %s = 0\n\n", 1, shown.c_str());
-    if (*eform) {
-        c.b = std::exp(c.b);
-        c.se = c.se < misval ? c.se * c.b : misval;
-        c.low = c.low < misval ? std::exp(c.low) : misval;
-        c.high = c.high < misval ? std::exp(c.high) : misval;
-    }
+    if (*t.eform)
+        c = coef_exp(&c);
     spout21("------------------------------------------------------------------------------\n");
-    coeftab_heading(depvar.c_str(), *eform ? eform : "Coef.", level, isz, false, "");
+    coeftab_heading(&t, depvar.c_str(), *t.eform ? t.eform : "Coef.", isz, "");
     coeftab_rule('+');
-    coeftab_line("(1)", &c, nullptr);
+    coeftab_line(&t, "(1)", &c, misval);
     spout21("------------------------------------------------------------------------------\n");
     return stopflag;
 }
@@ -450,7 +632,7 @@ std::string take_text()
     return text;
 }
 
-}  // namespace
+} // namespace
 
 int32_t testcmd(int32_t);
 int32_t testcmd(int32_t)
@@ -465,23 +647,22 @@ int32_t testcmd(int32_t)
     int32_t rc = ti_pi_parse(tokinfo, parinfo);
     if (rc)
         return rc;
-    char eform[13] = "";
-    bool combined = ti_pi_findopt(tokinfo, parinfo, "combine", 7, 0) != 0;
-    bool accumulate = ti_pi_findopt(tokinfo, parinfo, "accumulate", 1, 0) != 0;
-    bool quiet = !ti_pi_findopt(tokinfo, parinfo, "test", 4, 1);
-    double level = ti_pi_findlevel(tokinfo, parinfo, 1);
-    if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, eform, 12))
-        *eform = 0;
-    if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
+    coeftab t;
+    bool combined = stat_option("combine", 7);
+    bool accumulate = stat_option("accumulate", 1);
+    bool quiet = !stat_option("test", 4, true);
+    int each;
+    if ((rc = each_option(&each)) || (rc = coeftab_options(&t)) ||
+        (rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     if (combined)
-        return combine(&r, text, V, level, eform);
+        return combine(&r, text, V, t);
     std::vector<restriction> v;
     if (accumulate)
         for (const restriction &x : kept)
             if (x.R.size() == size_t(r.n))
                 v.push_back(x);
-    if (text.find_first_not_of(' ') == std::string::npos) {  // all slopes
+    if (text.find_first_not_of(' ') == std::string::npos) { // all slopes
         for (int32_t j = 0; j < r.n; j++)
             if (strcmp(r.b.col[j].name, "_cons")) {
                 linear l;
@@ -492,5 +673,5 @@ int32_t testcmd(int32_t)
     } else if ((rc = read_all(&r, text, &v)))
         return rc;
     kept = v;
-    return show_test(v, r.b, V, quiet);
+    return show_test(v, r.b, V, quiet, each);
 }

@@ -4,6 +4,7 @@
 #include "core/mem.h"
 #include "core/missing.h"
 #include "core/progress.h"
+#include "core/numtext.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -15,17 +16,34 @@
 #include "expr/rows.h"
 #include "interp/messages.h"
 #include "output/print.h"
+#include "stats/normal.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <vector>
 
-namespace {
+namespace
+{
 
 enum pstat : int32_t {
-    PS_XB, PS_RESID, PS_STDP, PS_STDF, PS_STDR, PS_HAT, PS_RSTANDARD, PS_RSTUDENT, PS_COOKSD,
-    PS_DFITS, PS_COVRATIO, PS_WELSCH,
+    PS_XB,
+    PS_RESID,
+    PS_PR,
+    PS_E,
+    PS_YSTAR,
+    PS_STDP,
+    PS_STDF,
+    PS_STDR,
+    PS_HAT,
+    PS_RSTANDARD,
+    PS_RSTUDENT,
+    PS_COOKSD,
+    PS_DFITS,
+    PS_COVRATIO,
+    PS_WELSCH,
+    PS_DFBETA,
 };
 struct statrow {
     const char *word;
@@ -37,6 +55,7 @@ struct statrow {
 constexpr statrow stats[] = {
     {"xb", 2, PS_XB, "Linear prediction"},
     {"residuals", 1, PS_RESID, "Residuals"},
+    {"scores", 2, PS_RESID, "Scores"},
     {"stdp", 4, PS_STDP, "S.E. of the prediction"},
     {"stdf", 4, PS_STDF, "S.E. of the forecast"},
     {"stdr", 4, PS_STDR, "S.E. of the residual"},
@@ -50,20 +69,76 @@ constexpr statrow stats[] = {
     {"welsch", 1, PS_WELSCH, "Welsch distance"},
 };
 
+// Those of the bounds of an interval, which are numbers or variables.
+constexpr statrow interval_stats[] = {
+    {"pr", 2, PS_PR, "Probability of the interval"},
+    {"e", 1, PS_E, "Expected value within the interval"},
+    {"ystar", 2, PS_YSTAR, "Expected value cut to the interval"},
+};
+
+struct bound {
+    double z = misval;
+    int32_t var = 0;
+    double at(int32_t obs) const
+    {
+        return var ? dsa_data(sysdsa, uint32_t(var), uint32_t(obs)) : z;
+    }
+};
+
 struct predcmd {
     pstat what = PS_XB;
     const char *label = "";
     matref b, V;
-    int32_t first, n;            // columns of the equation
-    std::vector<int32_t> var;    // 0 for the constant
+    int32_t first, n;         // columns of the equation
+    std::vector<int32_t> var; // 0 for the constant
     std::vector<double> x;
     int32_t dep = 0, sample = 0;
+    bound low, high;
+    char beta[33] = ""; // dfbeta(): the coefficient
+    int32_t betacol = 0;
     double s = misval, df_r = misval, N = misval, k = 0, rss = misval;
 };
 
 std::string macro_of(const char *name)
 {
     return gretval_find(RK_E, name) == 5179 ? retval_get_strptr() : "";
+}
+
+int32_t read_bound(const std::string &text, bound *b)
+{
+    return cnvstoz(text.c_str(), &b->z) ? stat_numvar(text.c_str(), &b->var) : 0;
+}
+
+int32_t read_interval(predcmd *c, const char *text)
+{
+    std::string both;
+    for (const char *p = text; *p; p++)
+        if (*p != ' ')
+            both += *p;
+    size_t comma = both.find(',');
+    if (comma == std::string::npos)
+        return errout(RC_SYNTAX, "two bounds, as in pr(0,1), are required\n");
+    int32_t rc = read_bound(both.substr(0, comma), &c->low);
+    return rc ? rc : read_bound(both.substr(comma + 1), &c->high);
+}
+
+// The statistics that take something in parentheses.
+int32_t parse_arguments(predcmd *c, const statrow **found, bool *twice)
+{
+    char text[500];
+    static constexpr statrow dfbeta = {"dfbeta", 3, PS_DFBETA, "Dfbeta"};
+    for (const statrow &s : interval_stats)
+        if (ti_pi_findargasis(tokinfo, parinfo, s.word, s.min, text, 499)) {
+            *twice |= *found != nullptr;
+            *found = &s;
+            if (int32_t rc = read_interval(c, text))
+                return rc;
+        }
+    if (ti_pi_findargn(tokinfo, parinfo, dfbeta.word, dfbeta.min, c->beta, 32, 1)) {
+        *twice |= *found != nullptr;
+        *found = &dfbeta;
+    }
+    return 0;
 }
 
 int32_t parse(predcmd *c, char *eq)
@@ -75,12 +150,16 @@ int32_t parse(predcmd *c, char *eq)
     if (rc)
         return rc;
     const statrow *found = nullptr;
+    bool twice = false;
     for (const statrow &s : stats)
         if (ti_pi_findopt(tokinfo, parinfo, s.word, s.min, 0)) {
-            if (found)
-                return errout(RC_SYNTAX, "only one statistic may be predicted\n");
+            twice |= found != nullptr;
             found = &s;
         }
+    if ((rc = parse_arguments(c, &found, &twice)))
+        return rc;
+    if (twice)
+        return errout(RC_SYNTAX, "only one statistic may be predicted\n");
     if (!ti_pi_findargn(tokinfo, parinfo, "equation", 2, eq, 32, 1))
         *eq = 0;
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
@@ -96,15 +175,11 @@ int32_t find_columns(predcmd *c, const char *eq)
 {
     if (!umat_get("b", MK_E, &c->b))
         return regrnotfound();
-    c->first = 0;
-    if (*eq) {
-        while (c->first < c->b.m->cols && strcmp(c->b.col[c->first].eq, eq))
-            c->first++;
-        if (c->first == c->b.m->cols)
-            return eqnotfound(eq);
-    }
+    int32_t last;
+    if (!umat_eqspan(c->b.col, c->b.m->cols, eq, &c->first, &last))
+        return eqnotfound(eq);
     const char *own = c->b.col[c->first].eq;
-    for (int32_t j = c->first; j < c->b.m->cols && !strcmp(c->b.col[j].eq, own); j++) {
+    for (int32_t j = c->first; j <= last; j++) {
         const char *name = c->b.col[j].name;
         int32_t var = 0;
         if (strcmp(name, "_cons")) {
@@ -115,6 +190,12 @@ int32_t find_columns(predcmd *c, const char *eq)
                 return error(RC_TYPE);
         }
         c->var.push_back(var);
+    }
+    if (c->what == PS_DFBETA) {
+        std::string full = std::string(own) + ":" + c->beta;
+        c->betacol = umat_findname(c->b.col, c->b.m->cols, full.c_str(), false) - c->first;
+        if (c->betacol < 1)
+            return notfound(c->beta);
     }
     c->n = int32_t(c->var.size());
     c->x.resize(size_t(c->n));
@@ -136,6 +217,8 @@ int32_t need(predcmd *c)
         c->rss = estval_get_double("rss");
         c->k = c->N - c->df_r;
     }
+    if (c->what >= PS_PR && c->what <= PS_YSTAR)
+        c->s = estval_get_double("rmse");
     if (c->what == PS_RESID || c->what >= PS_RSTANDARD) {
         std::string name = macro_of("depvar");
         c->dep = sysfindvar(name.c_str());
@@ -159,6 +242,32 @@ double quadratic(const predcmd *c)
     return q > 0 ? q : 0;
 }
 
+// Normal errors with the standard deviation of the residuals. A missing bound is none.
+double interval_value(const predcmd *c, double xb, int32_t obs)
+{
+    double low = c->low.at(obs), high = c->high.at(obs), s = c->s;
+    bool below = low < misval, above = high < misval;
+    if (!(s > 0) || s >= misval || (below && above && low > high))
+        return misval;
+    double a = below ? (low - xb) / s : -40, b = above ? (high - xb) / s : 40;
+    double p = a > 0 ? ovnormal(-a) - ovnormal(-b) : ovnormal(b) - ovnormal(a);
+    if (c->what == PS_PR)
+        return p;
+    double inside = xb * p + s * (ovnormalden(a) - ovnormalden(b));
+    if (c->what == PS_E)
+        return p > 0 ? inside / p : misval;
+    return inside + (below ? low * ovnormal(a) : 0) + (above ? high * ovnormal(-b) : 0);
+}
+
+// How far the coefficient moves without the observation, in its standard errors then.
+double dfbeta(const predcmd *c, double e, double left, double without)
+{
+    double t = 0, var = umat_el(c->V.m, c->first + c->betacol, c->first + c->betacol);
+    for (int32_t j = 0; j < c->n; j++)
+        t += umat_el(c->V.m, c->first + c->betacol, c->first + j + 1) * c->x[size_t(j)];
+    return var > 0 ? t * e / (c->s * left * std::sqrt(without * var)) : misval;
+}
+
 double influence(const predcmd *c, double e, double h)
 {
     double left = 1 - h;
@@ -170,12 +279,13 @@ double influence(const predcmd *c, double e, double h)
         double r = e / (c->s * std::sqrt(left));
         return r * r * h / left / c->k;
     }
-    double without = (c->rss - e * e / left) / (c->df_r - 1);  // variance without this one
+    double without = (c->rss - e * e / left) / (c->df_r - 1); // variance without this one
     if (!(c->df_r > 1) || !(without > 0))
         return misval;
     double t = e / std::sqrt(without * left);
     switch (c->what) {
     case PS_RSTUDENT: return t;
+    case PS_DFBETA: return dfbeta(c, e, left, without);
     case PS_DFITS: return t * std::sqrt(h / left);
     case PS_COVRATIO: return std::pow(without / (c->s * c->s), c->k) / left;
     default: return t * std::sqrt(h / left) * std::sqrt((c->N - 1) / left);
@@ -197,6 +307,8 @@ double value_at(predcmd *c, int32_t obs)
     }
     if (c->what == PS_XB)
         return xb;
+    if (c->what <= PS_YSTAR && c->what >= PS_PR)
+        return interval_value(c, xb, obs);
     double y = c->dep ? dsa_data(sysdsa, uint32_t(c->dep), uint32_t(obs)) : 0;
     if (y >= misval)
         return misval;
@@ -215,7 +327,7 @@ double value_at(predcmd *c, int32_t obs)
     }
 }
 
-}  // namespace
+} // namespace
 
 int32_t predictcmd(int32_t);
 int32_t predictcmd(int32_t)

@@ -2,30 +2,15 @@
 //
 // With a constant everything is done about the means, where the constant is apart from the
 // rest, and brought back to the scale of the data at the end.
-#include "core/mem.h"
 #include "core/missing.h"
 #include "core/rc.h"
 #include "core/settings.h"
 #include "core/state.h"
 #include "interp/messages.h"
 #include "stats/regress_int.h"
+#include "stats/statparse.h"
 #include "stats/sweep.h"
 #include <cmath>
-#include <memory>
-
-struct freeblock {
-    void operator()(double *p) const { safefree(p); }
-};
-using matblock = std::unique_ptr<double[], freeblock>;
-
-// A block of rows of matsize numbers each.
-static int32_t take_block(matblock *m, int32_t rows)
-{
-    if (rows > set_matsize)
-        return error(908);
-    m->reset(static_cast<double *>(safecalloc(sizeof(double) * size_t(rows) * size_t(set_matsize))));
-    return *m ? 0 : errout(RC_NOMEM, "op. sys. refuses to provide memory\n");
-}
 
 static bool weighted_as(uint8_t mask)
 {
@@ -141,6 +126,8 @@ int32_t reg_build(regjob *r)
         return errout(RC_NOOBS, "no observations\n");
     bool counts = weighted_as(W_FW | W_IW);
     r->N = counts ? r->cp.sum_w : double(r->cp.n);
+    if (r->cp.n == 1 && r->N <= 1)
+        return error(RC_FEWOBS);
     r->scale = weighted_as(W_AW | W_PW) ? double(r->cp.n) / r->cp.sum_w : 1;
     return 0;
 }
@@ -181,12 +168,12 @@ static void sums_of_squares(regjob *r, double syy)
 
 // The covariance of the coefficients from that about the means: C is nx+1 square there, its
 // last row and column those of the constant, which has to go back to zero.
-static void to_data_scale(regjob *r, const std::vector<double> &C)
+static std::vector<double> data_scale(const regjob *r, const std::vector<double> &C)
 {
     auto p = size_t(r->p), nx = size_t(r->nx);
-    r->V = C;
+    std::vector<double> V = C;
     if (!r->cons)
-        return;
+        return V;
     std::vector<double> m(nx), Vm(nx);
     for (size_t j = 0; j < nx; j++)
         m[j] = r->dropped[j] ? 0 : cp_mean(&r->cp, int32_t(j) + 1);
@@ -198,21 +185,28 @@ static void to_data_scale(regjob *r, const std::vector<double> &C)
         cross += m[i] * C[i * p + nx];
     }
     for (size_t i = 0; i < nx; i++)
-        r->V[i * p + nx] = r->V[nx * p + i] = C[i * p + nx] - Vm[i];
-    r->V[nx * p + nx] = C[nx * p + nx] - 2 * cross + q;
+        V[i * p + nx] = V[nx * p + i] = C[i * p + nx] - Vm[i];
+    V[nx * p + nx] = C[nx * p + nx] - 2 * cross + q;
+    return V;
 }
 
-static void ordinary_variance(regjob *r)
+// The generalized inverse about the means, the constant's entry apart from the rest.
+static std::vector<double> inverse_about_means(const regjob *r, double factor)
 {
     auto p = size_t(r->p), nx = size_t(r->nx);
     std::vector<double> C(p * p);
-    double mse = r->mse1 ? 1 : r->df_r > 0 ? r->rss / r->df_r : 0;
     for (size_t i = 0; i < nx; i++)
         for (size_t j = 0; j < nx; j++)
-            C[i * p + j] = mse * r->H[i * nx + j];
+            C[i * p + j] = factor * r->H[i * nx + j];
     if (r->cons)
-        C[nx * p + nx] = mse / r->N;
-    to_data_scale(r, C);
+        C[nx * p + nx] = factor / r->N;
+    return C;
+}
+
+void reg_inverse(const regjob *r, double *out)
+{
+    std::vector<double> V = data_scale(r, inverse_about_means(r, 1));
+    std::copy(V.begin(), V.end(), out);
 }
 
 int32_t reg_solve(regjob *r)
@@ -256,7 +250,8 @@ int32_t reg_solve(regjob *r)
     if (r->cons)
         r->b[size_t(nx)] = mean - left;
     sums_of_squares(r, syy);
-    ordinary_variance(r);
+    double mse = r->mse1 ? 1 : r->df_r > 0 ? r->rss / r->df_r : 0;
+    r->V = data_scale(r, inverse_about_means(r, mse));
     return 0;
 }
 
@@ -326,13 +321,8 @@ static void add_row(meat *m, const double *row, double w, int32_t obs)
 // H M H, where the constant stands apart from the rest.
 static std::vector<double> sandwich(const regjob *r, const std::vector<double> &M, double factor)
 {
-    auto p = size_t(r->p), nx = size_t(r->nx);
-    std::vector<double> G(p * p), T(p * p), C(p * p);
-    for (size_t i = 0; i < nx; i++)
-        for (size_t j = 0; j < nx; j++)
-            G[i * p + j] = r->H[i * nx + j];
-    if (r->cons)
-        G[nx * p + nx] = 1 / r->N;
+    auto p = size_t(r->p);
+    std::vector<double> G = inverse_about_means(r, 1), T(p * p), C(p * p);
     for (size_t i = 0; i < p; i++)
         for (size_t k = 0; k < p; k++)
             for (size_t j = 0; j < p; j++)
@@ -375,7 +365,7 @@ int32_t reg_robust(regjob *r)
     for (size_t i = 0; i < p; i++)
         for (size_t j = 0; j < i; j++)
             m.M[i * p + j] = m.M[j * p + i];
-    to_data_scale(r, sandwich(r, m.M, factor));
+    r->V = data_scale(r, sandwich(r, m.M, factor));
     r->F = r->df_m > 0 ? reg_wald(r) : misval;
     return 0;
 }

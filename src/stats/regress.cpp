@@ -8,7 +8,7 @@
 #include "core/text.h"
 #include "data/dsa.h"
 #include "data/variables.h"
-#include "expr/parse.h"
+#include "interp/dm.h"
 #include "interp/messages.h"
 #include "output/fmt.h"
 #include "output/print.h"
@@ -18,6 +18,7 @@
 #include "stats/estpost.h"
 #include "stats/regress_int.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -25,7 +26,7 @@
 namespace {
 
 struct regcmd {
-    bool header, table;
+    bool header, table, anova;
     coeftab tab;
     char depname[33], clustvar[33], absvar[33];
 };
@@ -80,9 +81,7 @@ int32_t variance_options(regcmd *c, regjob *r)
 {
     char text[500];
     int32_t rc = 0, v = 0;
-    bool robust = ti_pi_findopt(tokinfo, parinfo, "robust", 1, 0) != 0;
-    bool hc2 = ti_pi_findopt(tokinfo, parinfo, "hc2", 3, 0) != 0;
-    bool hc3 = ti_pi_findopt(tokinfo, parinfo, "hc3", 3, 0) != 0;
+    bool robust = stat_option("robust", 1), hc2 = stat_option("hc2", 3), hc3 = stat_option("hc3", 3);
     bool clusters = ti_pi_findargn(tokinfo, parinfo, "cluster", 2, text, 499, 1) != 0;
     if (clusters && (rc = one_variable(text, &v)))
         return rc;
@@ -101,34 +100,32 @@ int32_t variance_options(regcmd *c, regjob *r)
         r->vce = RV_ROBUST;
     if (r->vce != RV_OLS && parinfo->pi_hasexp && parinfo->pi_wtype == W_IW)
         return errout(RC_NOTALLOWED, "iweights not allowed with robust\n");
-    if (r->vce == RV_CLUSTER && c->tab.beta)
+    if (r->vce == RV_CLUSTER && !strcmp(c->tab.extra, "beta"))
         return errout(184, "options vce(cluster clustvar) and beta may not be combined\n");
     return 0;
 }
 
-void display_options(regcmd *c)
+int32_t display_options(regcmd *c)
 {
-    c->header = ti_pi_findopt(tokinfo, parinfo, "header", 4, 1) != 0;
-    c->table = ti_pi_findopt(tokinfo, parinfo, "table", 3, 1) != 0;
-    c->tab.beta = ti_pi_findopt(tokinfo, parinfo, "beta", 1, 0) != 0;
-    c->tab.plus = ti_pi_findopt(tokinfo, parinfo, "plus", 4, 0) != 0;
-    c->tab.omitted = ti_pi_findopt(tokinfo, parinfo, "omitted", 4, 1) != 0;
-    c->tab.level = ti_pi_findlevel(tokinfo, parinfo, 1);
-    if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, c->tab.eform, 12))
-        *c->tab.eform = 0;
+    c->header = stat_option("header", 4, true);
+    c->table = stat_option("table", 3, true);
+    bool beta = stat_option("beta", 1), means = stat_option("means", 5);
+    if (beta && means)
+        return errout(RC_SYNTAX, "options beta and means may not be combined\n");
+    c->tab.extra = beta ? "beta" : means ? "means" : "";
+    return coeftab_options(&c->tab);
 }
 
 int32_t model_options(regcmd *c, regjob *r)
 {
     // Of the workings that nobody sees these change nothing here.
     for (const char *word : {"format", "checkorder"})
-        (void)ti_pi_findopt(tokinfo, parinfo, word, 6, 1);
-    for (const char *word : {"optsweep", "AnovaExtras", "means", "rssmat", "bmat"})
-        (void)ti_pi_findopt(tokinfo, parinfo, word, 5, 0);
-    r->cons = ti_pi_findopt(tokinfo, parinfo, "constant", 1, 1) != 0;
-    r->hascons = ti_pi_findopt(tokinfo, parinfo, "hascons", 2, 0) != 0;
-    r->tsscons = ti_pi_findopt(tokinfo, parinfo, "tsscons", 2, 0) != 0;
-    r->mse1 = ti_pi_findopt(tokinfo, parinfo, "mse1", 4, 0) != 0;
+        (void)stat_option(word, 6, true);
+    c->anova = stat_option("AnovaExtras", 11);
+    r->cons = stat_option("constant", 1, true);
+    r->hascons = stat_option("hascons", 2);
+    r->tsscons = stat_option("tsscons", 2);
+    r->mse1 = stat_option("mse1", 4);
     if (r->hascons)
         r->cons = false;
     double dof[1];
@@ -201,6 +198,53 @@ void post_macros(const regcmd *c, const regjob *r)
     }
 }
 
+// A row of e() that the listing leaves out.
+int32_t post_row(const char *name, const double *el, const std::vector<umatname> &names, int32_t n)
+{
+    matref m;
+    if (int32_t rc = umat_new(name, MK_E, 1, n, &m))
+        return rc;
+    memcpy(m.m->el, el, sizeof(double) * size_t(n));
+    memcpy(m.col, names.data(), sizeof(umatname) * size_t(n));
+    dm_rec(m.m)->aux = 1;
+    return 0;
+}
+
+// For analyses of variance: e(L), the products before the sweep, about zero, and e(H) after
+// it: the inverse, the coefficients beside it and the residual squares in the corner.
+int32_t post_sweep(const regjob *r, const std::vector<umatname> &names)
+{
+    int32_t p = r->p, n = p + 1;
+    matref L, H;
+    int32_t rc = umat_new("L", MK_E, n, n, &L);
+    if (!rc)
+        rc = umat_new("H", MK_E, n, n, &H);
+    if (rc || !umat_get("L", MK_E, &L)) {
+        estval_clear();
+        return rc;
+    }
+    std::vector<double> inv(size_t(p) * size_t(p));
+    reg_inverse(r, inv.data());
+    auto mean = [r](int32_t i) { return i <= r->nx ? cp_mean(&r->cp, i) : 1; };
+    for (int32_t i = 0; i < n; i++)
+        for (int32_t j = 0; j < n; j++) {
+            bool c = i > r->nx || j > r->nx;
+            double z = c ? 0 : cp_el(&r->cp, i, j) * r->scale;
+            L.m->el[i * n + j] = r->cons ? z + r->cp.sum_w * r->scale * mean(i) * mean(j) : z;
+            int32_t slope = i > j ? i : j;
+            H.m->el[i * n + j] = i && j ? inv[size_t((i - 1) * p + j - 1)]
+                                 : slope ? r->b[size_t(slope) - 1] : r->rss;
+        }
+    for (const matref *m : {&L, &H}) {
+        for (umatname *side : {m->row, m->col}) {
+            strcpy(side[0].name, _varlist[r->vars[0] - 1]);
+            memcpy(side + 1, names.data(), sizeof(umatname) * size_t(p));
+        }
+        dm_rec(m->m)->aux = 1;
+    }
+    return 0;
+}
+
 int32_t post(const regcmd *c, const regjob *r)
 {
     std::vector<umatname> names(static_cast<size_t>(r->p));
@@ -210,11 +254,16 @@ int32_t post(const regcmd *c, const regjob *r)
     }
     estpost e = {r->b.data(), r->V.data(), &names};
     int32_t rc = est_post(&e);
-    matref beta;
-    if (!rc && r->nx && !(rc = umat_new("beta", MK_E, 1, r->nx, &beta))) {
-        memcpy(beta.m->el, r->beta.data(), sizeof(double) * size_t(r->nx));
-        memcpy(beta.col, names.data(), sizeof(umatname) * size_t(r->nx));
+    if (!rc && r->nx)
+        rc = post_row("beta", r->beta.data(), names, r->nx);
+    if (!rc && r->nx) {
+        std::vector<double> means(static_cast<size_t>(r->nx));
+        for (int32_t j = 0; j < r->nx; j++)
+            means[size_t(j)] = cp_mean(&r->cp, j + 1);
+        rc = post_row("means", means.data(), names, r->nx);
     }
+    if (!rc && c->anova)
+        rc = post_sweep(r, names);
     if (rc)
         return rc;
     post_scalars(r);
@@ -232,17 +281,32 @@ const char *num(char *buf, double z, const char *fmt)
     return buf;
 }
 
-void f_line(char *out, size_t n)
+// Degrees of freedom may be a fraction under importance weights.
+const char *df_text(char *buf, double df)
 {
-    char a[64], b[64], f[64], left[100];
-    snprintf(left, sizeof left, "F(%3.30s,%6.30s)", num(a, e_scalar("df_m"), "%9.0g"),
-             num(b, e_scalar("df_r"), "%9.0g"));
-    snprintf(out, n, "%-13s = %7s", left, num(f, e_scalar("F"), "%7.2f"));
+    return num(buf, df, df == std::floor(df) ? "%9.0g" : "%6.1f");
 }
 
-void right_side(const char *label, const char *value, char *out, size_t n)
+std::string right_side(const char *label, const char *value)
 {
-    snprintf(out, n, "%-13s = %7s", label, value);
+    char line[200];
+    snprintf(line, sizeof line, "%-13s = %7s", label, value);
+    return line;
+}
+
+std::string f_line()
+{
+    char a[64], b[64], f[64], left[140];
+    snprintf(left, sizeof left, "F(%3s,%6s)", df_text(a, e_scalar("df_m")),
+             df_text(b, e_scalar("df_r")));
+    return right_side(left, num(f, e_scalar("F"), "%7.2f"));
+}
+
+// What stands at the right ends in column 79, after left of which used are taken.
+void right_end(int used, const std::string &right)
+{
+    int pad = 79 - used - int(right.size());
+    spout21fat(1, "%*s%s\n", pad < 1 ? 1 : pad, "", right.c_str());
 }
 
 std::string macro_of(const char *name)
@@ -250,13 +314,15 @@ std::string macro_of(const char *name)
     return gretval_find(RK_E, name) == 5179 ? retval_get_strptr() : "";
 }
 
-void anova_row(const char *name, double ss, double df, const char *right)
+void anova_row(const char *name, double ss, double df, const std::string &right)
 {
     char a[64], b[64], m[64];
+    df_text(b, df);
+    int wide = int(strlen(b)) > 5 ? int(strlen(b)) + 1 : 6;
     spout21fat(1, "%12s |", name);
-    spout21fat(0, "%12s%6s%13s", num(a, ss, "%10.0g"), num(b, df, "%9.0g"),
+    spout21fat(0, "%12s%*s%*s", num(a, ss, "%10.0g"), wide, b, 19 - wide,
                num(m, df > 0 ? ss / df : misval, "%10.0g"));
-    spout21fat(1, "           %s\n", right);
+    right_end(45, right);
 }
 
 double f_tail()
@@ -267,39 +333,35 @@ double f_tail()
 
 void plain_header()
 {
-    char right[6][200], v[64];
+    char v[64];
     double tss = e_scalar("mss") + e_scalar("rss"), df_m = e_scalar("df_m"),
            df_r = e_scalar("df_r"), df_a = e_scalar("df_a");
     double model = df_m + (df_a < misval ? df_a : 0);
-    right_side("Number of obs", fmt_comma(v, e_scalar("N")), right[0], 200);
-    f_line(right[1], 200);
-    right_side("Prob > F", num(v, f_tail(), "%6.4f"), right[2], 200);
-    right_side("R-squared", num(v, e_scalar("r2"), "%6.4f"), right[3], 200);
-    right_side("Adj R-squared", num(v, e_scalar("r2_a"), "%6.4f"), right[4], 200);
-    right_side("Root MSE", num(v, e_scalar("rmse"), "%7.0g"), right[5], 200);
-    spout21f("\n%-56s%s\n", "      Source |       SS       df       MS", right[0]);
-    spout21f("-------------+-------------------------------           %s\n", right[1]);
-    anova_row("Model", e_scalar("mss"), model, right[2]);
-    anova_row("Residual", e_scalar("rss"), df_r, right[3]);
-    spout21f("-------------+-------------------------------           %s\n", right[4]);
-    anova_row("Total", tss, model + df_r, right[5]);
+    static const char *rule = "-------------+-------------------------------";
+    spout21("\n      Source |       SS       df       MS    ");
+    right_end(45, right_side("Number of obs", fmt_comma(v, e_scalar("N"))));
+    spout21(rule);
+    right_end(45, f_line());
+    anova_row("Model", e_scalar("mss"), model,
+              right_side("Prob > F", num(v, f_tail(), "%6.4f")));
+    anova_row("Residual", e_scalar("rss"), df_r,
+              right_side("R-squared", num(v, e_scalar("r2"), "%7.4f")));
+    spout21(rule);
+    right_end(45, right_side("Adj R-squared", num(v, e_scalar("r2_a"), "%7.4f")));
+    anova_row("Total", tss, model + df_r, right_side("Root MSE", num(v, e_scalar("rmse"), "%7.0g")));
     newline();
 }
 
 void robust_header()
 {
-    char line[200], v[64];
-    static const int indent = 56;
-    right_side("Number of obs", fmt_comma(v, e_scalar("N")), line, 200);
-    spout21f("\n%-*s%s\n", indent, "Linear regression", line);
-    f_line(line, 200);
-    spout21f("%*s%s\n", indent, "", line);
-    right_side("Prob > F", num(v, f_tail(), "%6.4f"), line, 200);
-    spout21f("%*s%s\n", indent, "", line);
-    right_side("R-squared", num(v, e_scalar("r2"), "%6.4f"), line, 200);
-    spout21f("%*s%s\n", indent, "", line);
-    right_side("Root MSE", num(v, e_scalar("rmse"), "%7.0g"), line, 200);
-    spout21f("%*s%s\n\n", indent, "", line);
+    char v[64];
+    spout21("\nLinear regression");
+    right_end(17, right_side("Number of obs", fmt_comma(v, e_scalar("N"))));
+    right_end(0, f_line());
+    right_end(0, right_side("Prob > F", num(v, f_tail(), "%6.4f")));
+    right_end(0, right_side("R-squared", num(v, e_scalar("r2"), "%7.4f")));
+    right_end(0, right_side("Root MSE", num(v, e_scalar("rmse"), "%7.0g")));
+    newline();
 }
 
 int32_t show(const regcmd *c)
@@ -323,17 +385,12 @@ int32_t show(const regcmd *c)
 
 int32_t parse(regcmd *c, regjob *r)
 {
-    parinfo->pi_in = parinfo->pi_if = parinfo->pi_by = parinfo->pi_opts = PI_OK;
-    parinfo->pi_vlist = PI_OK;
-    parinfo->pi_blankall = 0;
-    parinfo->pi_wgt = PI_OK;
-    parinfo->pi_wgtmask = W_ALL4;
-    int32_t rc = ti_pi_parse(tokinfo, parinfo);
-    if (rc)
+    statline line;
+    line.weights = W_ALL4;
+    line.weightdflt = W_AW;
+    int32_t rc = stat_parse(line);
+    if (rc || (rc = display_options(c)))
         return rc;
-    if (parinfo->pi_hasexp)
-        pi_wgtdflt(parinfo, W_AW);
-    display_options(c);
     if (parinfo->pi_nvar && (rc = model_options(c, r)))
         return rc;
     return ti_pi_chkopt(tokinfo, parinfo);
@@ -357,6 +414,8 @@ int32_t estimate_model(regcmd *c, regjob *r)
 {
     r->vars.assign(parinfo->vl_vr, parinfo->vl_vr + parinfo->pi_nvar);
     r->nx = parinfo->pi_nvar - 1;
+    if (!r->nx && !r->cons)
+        return error(RC_TOOFEWVARS);
     for (int32_t v : r->vars)
         if (t_isstr(_typlist[v - 1]))
             return errout(RC_NOOBS, "no observations\n");

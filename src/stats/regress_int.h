@@ -34,5 +34,7 @@ struct regjob {
 [[nodiscard]] int32_t reg_build(regjob *r);   // the cross products. 0, 2000 and so on
 [[nodiscard]] int32_t reg_solve(regjob *r);   // sweeps, coefficients, sums of squares, variance
 [[nodiscard]] int32_t reg_robust(regjob *r);  // replaces the variance
+// (X'X)^-1 on the scale of the data, p by p, zeros where a column was left out.
+void reg_inverse(const regjob *r, double *out);
 // The Wald F of all slopes over df_m, or misval.
 double reg_wald(const regjob *r);

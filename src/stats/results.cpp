@@ -367,6 +367,17 @@ static bool held(const char *name)
     return dmfind0(name, s.scalar) || dmfind0(name, s.macro) || dmfind0(name, s.matrix);
 }
 
+static void move_all(const storetypes &from, const storetypes &to)
+{
+    dmretypeall(from.scalar, to.scalar);
+    dmretypeall(from.macro, to.macro);
+    dmretypeall(from.matrix, to.matrix);
+    dmretypeall(from.rows, to.rows);
+    dmretypeall(from.cols, to.cols);
+    dmretypeall(from.aux1, to.aux1);
+    dmretypeall(from.aux2, to.aux2);
+}
+
 int32_t myretval_add()
 {
     storetypes r = types_of(RK_R), h = types_of(RK_RETURN);
@@ -385,13 +396,7 @@ int32_t myretval_add()
         retval_erase(n.c_str());
     if (retval_internal_to_dynamic())
         return RC_DMMEM;
-    dmretypeall(r.scalar, h.scalar);
-    dmretypeall(r.macro, h.macro);
-    dmretypeall(r.matrix, h.matrix);
-    dmretypeall(r.rows, h.rows);
-    dmretypeall(r.cols, h.cols);
-    dmretypeall(r.aux1, h.aux1);
-    dmretypeall(r.aux2, h.aux2);
+    move_all(r, h);
     retval_zap();
     return 0;
 }
@@ -405,13 +410,7 @@ void myretval_to_r()
             dmzap(t);
         return;
     }
-    dmretypeall(h.scalar, r.scalar);
-    dmretypeall(h.macro, r.macro);
-    dmretypeall(h.matrix, r.matrix);
-    dmretypeall(h.rows, r.rows);
-    dmretypeall(h.cols, r.cols);
-    dmretypeall(h.aux1, r.aux1);
-    dmretypeall(h.aux2, r.aux2);
+    move_all(h, r);
     retval_flag = RF_DM;
 }
 

@@ -5,7 +5,6 @@
 //
 // Leaves r(varlist) and r(k_omitted). With logit and probit the first variable is the outcome:
 // r(n0) and r(n1) are its weighted counts and r(b0) a constant to start from.
-#include "core/mem.h"
 #include "core/missing.h"
 #include "core/rc.h"
 #include "core/settings.h"
@@ -16,9 +15,9 @@
 #include "stats/crossprod.h"
 #include "stats/normal.h"
 #include "stats/results.h"
+#include "stats/statparse.h"
 #include "stats/sweep.h"
 #include <cmath>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -35,42 +34,29 @@ struct rmcmd {
 int32_t option_var(const char *name, int32_t min, int32_t *var)
 {
     char text[81];
-    if (!ti_pi_findargn(tokinfo, parinfo, name, min, text, 80, 1))
-        return 0;
-    int32_t v = ovata_findvar(text, 1, !ovata_varabbrev);
-    if (v < 0)
-        return -v;
-    if (t_isstr(_typlist[v - 1]))
-        return error(RC_TYPE);
-    *var = v;
-    return 0;
+    return ti_pi_findargn(tokinfo, parinfo, name, min, text, 80, 1) ? stat_numvar(text, var) : 0;
 }
 
 int32_t parse(rmcmd *c)
 {
-    parinfo->pi_in = parinfo->pi_if = parinfo->pi_opts = parinfo->pi_vlist = PI_OK;
-    parinfo->pi_blankall = 0;
-    parinfo->pi_wgt = PI_OK;
-    parinfo->pi_wgtmask = W_ALL4;
-    int32_t rc = ti_pi_parse(tokinfo, parinfo);
+    statline line;
+    line.weights = W_ALL4;
+    line.weightdflt = W_AW;
+    line.by = false;
+    int32_t rc = stat_parse(line);
     if (rc)
         return rc;
-    if (parinfo->pi_hasexp)
-        pi_wgtdflt(parinfo, W_AW);
-    auto has = [](const char *word, int32_t min, int32_t dflt) {
-        return ti_pi_findopt(tokinfo, parinfo, word, min, dflt) != 0;
-    };
-    c->constant = has("constant", 4, 1);
-    c->collinear = has("collinear", 4, 0);
-    c->force = has("forcedrop", 5, 0);
-    c->expand = has("expand", 3, 0);
-    c->skipline = has("skipline", 4, 1);
-    c->probit = has("probit", 6, 0);
-    c->counts = has("logit", 5, 0) || c->probit;
+    c->constant = stat_option("constant", 4, true);
+    c->collinear = stat_option("collinear", 4);
+    c->force = stat_option("forcedrop", 5);
+    c->expand = stat_option("expand", 3);
+    c->skipline = stat_option("skipline", 4, true);
+    c->probit = stat_option("probit", 6);
+    c->counts = stat_option("logit", 5) || c->probit;
     c->outcome = c->counts;
     for (const char *word : {"ologit", "oprobit", "mlogit"})
-        c->outcome |= has(word, 6, 0);
-    (void)has("asis", 4, 0);
+        c->outcome |= stat_option(word, 6);
+    (void)stat_option("asis", 4);
     double base;
     (void)ti_pi_findoptv(tokinfo, parinfo, "baseoutcome", 4, &base, 1, 0);
     if ((rc = option_var("offset", 3, &c->offset)) || (rc = option_var("touse", 5, &c->touse)))
@@ -130,15 +116,9 @@ int32_t reduce(rmcmd *c)
     if (!p.n)
         return errout(RC_NOOBS, "no observations\n");
     int32_t first = c->outcome;
-    if (k > set_matsize)
-        return error(908);
-    struct freeblock {
-        void operator()(double *q) const { safefree(q); }
-    };
-    std::unique_ptr<double[], freeblock> a(
-        static_cast<double *>(safecalloc(sizeof(double) * size_t(k) * size_t(set_matsize))));
-    if (!a)
-        return errout(RC_NOMEM, "op. sys. refuses to provide memory\n");
+    matblock a;
+    if ((rc = take_block(&a, k)))
+        return rc;
     for (int32_t i = 0; i < k; i++)
         for (int32_t j = 0; j < k; j++)
             a[int64_t(i) * set_matsize + j] = cp_el(&p, i, j);
@@ -154,12 +134,11 @@ void tell(const rmcmd *c)
 {
     outlev_keep keep(1);
     const char *word = vernum < 1100 ? "dropped" : "omitted";
-    bool any = false, left = c->outcome;
-    for (size_t j = 0; j < c->vars.size(); j++) {
-        if (!c->gone[j]) {
-            left |= !c->outcome || j > 0;
+    bool any = false, allzero = true;
+    for (size_t j = c->outcome; j < c->vars.size(); j++) {
+        allzero &= c->gone[j] == 2;
+        if (!c->gone[j])
             continue;
-        }
         if (!any && c->skipline)
             newline();
         any = true;
@@ -169,10 +148,7 @@ void tell(const rmcmd *c)
         else
             spout21f("note: %s %s because of collinearity\n", name, word);
     }
-    bool allzero = any && !left;
-    for (size_t j = 0; j < c->vars.size(); j++)
-        allzero &= c->gone[j] == 2;
-    if (allzero)
+    if (any && allzero)
         spout21("all variables dropped because of zero variance\n");
 }
 

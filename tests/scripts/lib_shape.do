@@ -40,7 +40,7 @@ assert u0 == cond(id <= 4, s, "") & u1 == cond(id > 4, s, "")
 capture separate x, by(nosuch)
 assert _rc == 111
 capture separate x
-assert _rc == 198
+assert _rc == 100
 * levels of a float that are no whole numbers, found again when numbered
 gen f = .1 * mod(_n, 2)
 separate id, by(f) generate(v) sequential

@@ -171,3 +171,16 @@ local word while
 capture noisily `word' 1 {
 }
 display _rc
+* new names, as a range too; names that are taken are refused
+clear
+set obs 1
+gen taken = 1
+local made
+foreach v of newlist b1-b3 c {
+	local made `made' `v'
+}
+assert "`made'" == "b1 b2 b3 c"
+capture noisily foreach v of newlist b1 taken {
+	assert 0
+}
+display _rc

@@ -36,3 +36,14 @@ gen byte new = 1
 capture noisily comparedata using z, all verbose
 quietly drop in 1
 capture noisily comparedata using z
+* weights: a row of weight w is w rows
+use z, clear
+gen w = mod(_n, 4)
+sumtable x y [fw=w], by(g) stats(n mean sd p50 total)
+capture noisily sumtable x [fw=w/2]
+drop if w == 0
+expand w
+sumtable x y, by(g) stats(n mean sd p50 total)
+* more columns than the line has room for go into tables below each other
+gen k = mod(_n, 9)
+sumtable x, by(h k) stats(mean)

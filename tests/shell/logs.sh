@@ -43,6 +43,43 @@ printf 'quietly log using piped.log\ndo session.do\nquietly log close\n' | "$pro
 sed -n '/display "{bf/,/connection failed/p' piped.log >c
 sed -n '/display "{bf/,/connection failed/p' plain.log | cmp - c
 
+# The whole of a do-file, three ways: the log of a batch run; a text log of a piped session; a
+# mark-up log of it, translated. The lines of opening and closing, with their times and file
+# names, stand outside what is compared: from the command that runs the file to its end.
+sed '$d' session.do >middle.do
+cat >whole.do <<'END'
+do middle.do
+display "{hline}" _newline "{p 2 4 2}A paragraph of {bf:more words than one line takes}, {it:which wraps} where the line is full.{p_end}"
+sysuse penguins, clear
+list species bill_length_mm in 1/3
+regress body_mass_g bill_length_mm
+tabulate species, plot
+help merge
+describe
+capture noisily use nosuch
+display _dup(3) "{&alpha}{c -(}" "raw {nosuch}"
+display "{hline}"
+END
+"$program" -q -b do whole.do
+printf 'log using piped2.log\nlog using marked2.omcl, name(m)\ndo whole.do\nlog close _all\n' |
+    "$program" -q >/dev/null
+printf 'translate marked2.omcl translated.log\n' | "$program" -q >/dev/null
+part() { sed '1,/^\. do whole\.do$/d' "$1" | sed '/^\. log close _all$/,$d' | sed '$d'; }
+cp whole.log w1
+part piped2.log >w2
+part translated.log >w3
+test "$(wc -l <w1)" -gt 120
+tail -1 w1 | grep -q '^end of do-file$'
+cmp w1 w2
+cmp w1 w3
+
+# What is open at the end is closed with its last lines, and only in that log.
+printf 'log using left.log\nlog using left.omcl, name(m)\nlog off m\ndisplay 1\n' | "$program" -q >screen
+tail -2 left.log | grep -q '^ closed on: '
+tail -2 left.omcl | grep -q 'closed on'
+test "$(grep -c 'closed on' left.log)" = 1
+! grep -q 'closed on' screen
+
 # A log that cannot be written says so once, and the session goes on.
 ln -s /dev/full full.log
 cat >again.do <<'END'

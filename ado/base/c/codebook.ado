@@ -60,12 +60,8 @@ end
 * Each value with its frequency; v is sorted, with missing values last or, as text, first
 program Values
 	args v unique
-	tempvar n last
-	quietly {
-		by `v': gen long `n' = _N
-		by `v': gen byte `last' = _n == _N
-		levels `v', missing
-	}
+	tempvar n
+	quietly by `v': gen long `n' = _N
 	local labels : value label `v'
 	display as text "    tabulation:      Freq.  Value"
 	local at 0

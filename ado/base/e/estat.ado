@@ -11,7 +11,12 @@ program estat, rclass
 		return add
 	}
 	else if "`what'" == substr("vce", 1, max(3, `l')) {
-		matrix list e(V)
+		Vce `rest'
+		return add
+	}
+	else if "`what'" == substr("summarize", 1, max(2, `l')) {
+		Summ `rest'
+		return add
 	}
 	else if "`e(estat_cmd)'" != "" {
 		`e(estat_cmd)' `0'
@@ -45,4 +50,55 @@ program Ic, rclass
 	matrix rownames `S' = .
 	matrix colnames `S' = N ll0 ll df AIC BIC
 	return matrix S = `S'
+end
+
+* The covariances of the coefficients, or their correlations.
+program Vce, rclass
+	syntax [, Correlation FORmat(string)]
+	tempname V
+	matrix `V' = e(V)
+	local what Covariance
+	if "`correlation'" != "" {
+		local what Correlation
+		* what was left out has no variance to divide by
+		local k = rowsof(`V')
+		tempname C
+		matrix `C' = J(`k', `k', 0)
+		forvalues i = 1/`k' {
+			forvalues j = 1/`k' {
+				if `V'[`i', `i'] > 0 & `V'[`j', `j'] > 0 {
+					matrix `C'[`i', `j'] = `V'[`i', `j']/sqrt(`V'[`i', `i']*`V'[`j', `j'])
+				}
+			}
+		}
+		local names : colfullnames `V'
+		matrix rownames `C' = `names'
+		matrix colnames `C' = `names'
+		matrix `V' = `C'
+	}
+	if "`format'" == "" {
+		local format = cond("`correlation'" != "", "%8.4f", "%10.0g")
+	}
+	display ""
+	display as text "`what' matrix of coefficients of `e(cmd)' model"
+	matrix list `V', noheader format(`format')
+	return matrix V = `V'
+end
+
+* The variables of the model over the sample it was fitted to.
+program Summ, rclass
+	local names : colnames e(b)
+	local names `e(depvar)' `names'
+	foreach x in `names' {
+		capture confirm numeric variable `x'
+		if _rc == 0 {
+			local list : list list | x
+		}
+	}
+	if "`e(wtype)'" != "" & "`e(wtype)'" != "pweight" {
+		local w [`e(wtype)'`e(wexp)']
+	}
+	display ""
+	display as text "  Estimation sample of `e(cmd)'" _column(45) "Number of obs = " as result %9.0fc e(N)
+	summarize `list' if e(sample) `w'
 end

@@ -1,8 +1,8 @@
 *! list the distinct values of a variable and keep them for later use
-program levels, rclass sortpreserve
+program levels, rclass
 	version 12.1
 	syntax varname [if] [in] [, LOCal(name local) CLEAN MISSing SEParate(string)]
-	tempvar touse first
+	tempvar touse
 	mark `touse' `if' `in'
 	if "`missing'" == "" {
 		markout `touse' `varlist', strok
@@ -11,13 +11,15 @@ program levels, rclass sortpreserve
 		local separate " "
 	}
 	local isstr = substr("`: type `varlist''", 1, 3) == "str"
+	* the sort moves the one variable alone, and the order of the data is not touched
+	preserve
 	quietly {
-		bysort `touse' `varlist': gen byte `first' = _n == 1 & `touse'
-		count if `first'
-		local n = r(N)
-		replace `first' = -`first'
-		sort `first' `varlist'
+		keep if `touse'
+		keep `varlist'
+		sort `varlist'
+		keep if _n == 1 | `varlist' != `varlist'[_n - 1]
 	}
+	local n = _N
 	forvalues i = 1/`n' {
 		local value = `varlist'[`i']
 		if `isstr' & "`clean'" == "" {
@@ -27,9 +29,14 @@ program levels, rclass sortpreserve
 			local list `"`value'"'
 		}
 		else {
+			if `: length local list' > c(macrolen) - 600 {
+				display as error "`varlist' has too many levels for one list; see tally"
+				exit 134
+			}
 			local list `"`list'`separate'`value'"'
 		}
 	}
+	restore
 	if `n' {
 		display as text `"`list'"'
 	}

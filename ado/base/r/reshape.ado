@@ -212,7 +212,8 @@ program Wide
 	if substr("`: type `j''", 1, 3) == "str" {
 		local string string
 	}
-	capture checkid `i' `j', missok
+	sort `i' `j'
+	capture by `i' `j': assert _N == 1
 	if _rc {
 		display as error "values of `j' are not unique within `i'; see: duplicates list `i' `j'"
 		exit 9

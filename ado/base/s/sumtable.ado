@@ -1,22 +1,25 @@
 *! table of summary statistics, by one factor or two
 program sumtable
 	version 12.1
-	syntax varlist(numeric) [if] [in] [, BY(varlist max=2) Stats(string) Format(string) NOTotal MISSing]
+	syntax varlist(numeric) [if] [in] [fweight aweight/] ///
+		[, BY(varlist max=2) Stats(string) Format(string) NOTotal MISSing]
 	if "`stats'" == "" {
 		local stats n mean sd min max
 	}
+	Known `stats'
 	if "`format'" == "" {
 		local format %10.0g
 	}
 	else {
 		confirm numeric format `format'
 	}
-	foreach s of local stats {
-		local s = cond("`s'" == "n", "count", cond("`s'" == "var", "variance", "`s'"))
-		local list `list' `s'
-	}
 	tempvar touse
-	mark `touse' `if' `in'
+	if "`weight'" != "" {
+		tempvar w
+		quietly gen double `w' = `exp'
+		local weights [`weight'=`w']
+	}
+	mark `touse' `if' `in' `weights'
 	if "`missing'" == "" & "`by'" != "" {
 		markout `touse' `by', strok
 	}
@@ -26,36 +29,67 @@ program sumtable
 	}
 	preserve
 	quietly keep if `touse'
+	quietly keep `varlist' `by' `w'
 	gettoken rows columns : by
 	if "`columns'" == "" {
-		Oneway "`varlist'" "`list'" "`stats'" "`rows'" `format' "`nototal'"
+		Oneway "`varlist'" "`stats'" "`rows'" `format' "`nototal'" "`weights'"
 	}
 	else {
-		foreach v of local varlist {
-			local heads `stats'
-			foreach s of local list {
-				gettoken head heads : heads
-				Twoway `v' `s' `head' `rows' `columns' `format' "`nototal'"
-			}
+		Twoway "`varlist'" "`stats'" `rows' `columns' `format' "`nototal'" "`weights'"
+	}
+end
+
+program Known
+	foreach s of local 0 {
+		if !inlist("`s'", "n", "count", "mean", "sd", "var", "variance", "min", "max") & ///
+			!inlist("`s'", "total", "sum", "semean", "median", "iqr") & ///
+			!regexm("`s'", "^p[1-9][0-9]?$") {
+			display as error "unknown statistic `s': use n, mean, sd, var, min, max, total, " ///
+				"semean, median, iqr or p1 to p99"
+			exit 198
 		}
 	}
 end
 
-* All statistics of all variables, one row for each group: v1_s1, v1_s2, ...
-program Cells
-	args vars stats by
-	local i 0
-	foreach v of local vars {
-		local ++i
-		local j 0
-		foreach s of local stats {
-			local list `list' (`s') c`i'_`++j'=`v'
+* The statistics of a variable in a range of observations: r(c1), r(c2), ...
+program Cells, rclass
+	args v stats range weights
+	quietly summarize `v' `range' `weights'
+	foreach s in N mean sd Var min max sum {
+		tempname `s'
+		scalar ``s'' = r(`s')
+	}
+	local j 0
+	foreach s of local stats {
+		local ++j
+		if inlist("`s'", "n", "count") {
+			return scalar c`j' = `N'
+		}
+		else if inlist("`s'", "mean", "sd", "min", "max") {
+			return scalar c`j' = ``s''
+		}
+		else if inlist("`s'", "var", "variance") {
+			return scalar c`j' = `Var'
+		}
+		else if inlist("`s'", "total", "sum") {
+			return scalar c`j' = cond(`N' == 0, 0, `sum')
+		}
+		else if "`s'" == "semean" {
+			return scalar c`j' = `sd' / sqrt(`N')
+		}
+		else if `N' == 0 {
+			return scalar c`j' = .
+		}
+		else if "`s'" == "iqr" {
+			_pctile `v' `range' `weights', percentiles(25 75)
+			return scalar c`j' = r(r2) - r(r1)
+		}
+		else {
+			local p = cond("`s'" == "median", "50", substr("`s'", 2, 2))
+			_pctile `v' `range' `weights', percentiles(`p')
+			return scalar c`j' = r(r1)
 		}
 	}
-	if "`by'" != "" {
-		local by by(`by')
-	}
-	quietly aggregate `list', `by' fast
 end
 
 * The text that heads a row or column
@@ -70,58 +104,58 @@ program Levelname, sclass
 end
 
 program Oneway
-	args vars stats heads by format nototal
-	tempfile data
-	quietly save `data'
-	local i 0
-	foreach v of local vars {
-		local ++i
-		local label`i' : variable label `v'
-	}
-	local n : list sizeof vars
+	args vars stats by format nototal weights
 	local k : list sizeof stats
 	* a panel holds as many statistics as the line has room for
 	local room = max(1, int((c(linesize) - 16) / 12))
 	if "`by'" == "" {
-		Cells "`vars'" "`stats'"
 		display ""
 		forvalues from = 1(`room')`k' {
-			Head "variable" "`heads'" `from' `room'
-			local i 0
+			Head "variable" "`stats'" `from' `room'
 			foreach v of local vars {
-				Row "`v'" 1 `++i' `from' `=min(`k', `from' + `room' - 1)' `format'
+				Cells `v' "`stats'" "" "`weights'"
+				Texts `k' `format'
+				Row "`v'" `from' `room' `"`s(texts)'"'
 			}
 		}
 		exit
 	}
-	Cells "`vars'" "`stats'" "`by'"
-	local levels = _N
-	tempfile groups total
-	quietly {
-		save `groups'
-		use `data', clear
-		Cells "`vars'" "`stats'"
-		save `total'
-		use `groups', clear
-		_append using `total'
-	}
-	local i 0
+	tempvar size
+	sort `by'
+	quietly by `by': gen long `size' = _N
 	foreach v of local vars {
-		local ++i
-		display as text _newline "`v'" cond(`"`label`i''"' == "", "", `"  `label`i''"')
+		local label : variable label `v'
+		display as text _newline "`v'" cond(`"`label'"' == "", "", `"  `label'"')
 		forvalues from = 1(`room')`k' {
-			local to = min(`k', `from' + `room' - 1)
-			Head "`by'" "`heads'" `from' `room'
-			forvalues row = 1/`levels' {
-				Levelname `by' `row'
-				Row `"`s(name)'"' `row' `i' `from' `to' `format'
+			Head "`by'" "`stats'" `from' `room'
+			local at 1
+			while `at' <= _N {
+				local last = `at' + `size'[`at'] - 1
+				Cells `v' "`stats'" "in `at'/`last'" "`weights'"
+				Texts `k' `format'
+				local texts `s(texts)'
+				Levelname `by' `at'
+				Row `"`s(name)'"' `from' `room' `"`texts'"'
+				local at = `last' + 1
 			}
 			if "`nototal'" == "" {
-				display as text "{hline 13}{c +}{hline `=12 * (`to' - `from' + 1)'}"
-				Row "Total" `=`levels' + 1' `i' `from' `to' `format'
+				local wide = 12 * min(`room', `k' - `from' + 1)
+				display as text "{hline 13}{c +}{hline `wide'}"
+				Cells `v' "`stats'" "" "`weights'"
+				Texts `k' `format'
+				Row "Total" `from' `room' `"`s(texts)'"'
 			}
 		}
 	}
+end
+
+* r(c1) and so on as they are shown
+program Texts, sclass
+	args k format
+	forvalues j = 1/`k' {
+		local texts `texts' `=trim(string(r(c`j'), "`format'"))'
+	}
+	sreturn local texts `texts'
 end
 
 program Head
@@ -135,81 +169,112 @@ program Head
 end
 
 program Row
-	args name row i from to format
+	args name from room texts
+	local to = min(`: list sizeof texts', `from' + `room' - 1)
 	display as text %12s abbrev(`"`name'"', 12) " {c |}" _continue
 	forvalues j = `from'/`to' {
-		local text = trim(string(c`i'_`j'[`row'], "`format'"))
-		display as result %12s "`text'" _continue
+		display as result %12s "`: word `j' of `texts''" _continue
 	}
 	display ""
 end
 
+* One table for each variable and statistic. Sorted by columns the data give the columns'
+* names and totals, sorted by rows and columns the cells and the rows' totals.
 program Twoway
-	args v stat head rows columns format nototal
-	tempfile data cells r c t
-	quietly {
-		save `data'
-		Cells `v' `stat' "`rows' `columns'"
-		save `cells'
-		use `data', clear
-		Cells `v' `stat' `columns'
-		save `c'
-		use `data', clear
-		Cells `v' `stat' `rows'
-		save `r'
-		use `data', clear
-		Cells `v' `stat'
-		save `t'
-		use `c', clear
-	}
-	local ncols = _N
-	display as text _newline "`head' of `v' by `rows' and `columns'" _newline
-	local width = 12 * (`ncols' + ("`nototal'" == ""))
-	display as text %12s "" " {c |}  " abbrev("`columns'", 12)
-	display as text %12s abbrev("`rows'", 12) " {c |}" _continue
-	forvalues j = 1/`ncols' {
-		Levelname `columns' `j'
-		display as text %12s abbrev(`"`s(name)'"', 11) _continue
-		local foot `foot' `=c1_1[`j']'
-		local value`j' = `columns'[`j']
-	}
-	display as text cond("`nototal'" == "", "       Total", "")
-	display as text "{hline 13}{c +}{hline `width'}"
-	quietly use `r', clear
-	local nrows = _N
-	forvalues i = 1/`nrows' {
-		Levelname `rows' `i'
-		local row`i' `"`s(name)'"'
-		local total`i' = c1_1[`i']
-		local key`i' = `rows'[`i']
-	}
-	quietly use `cells', clear
+	args vars stats rows columns format nototal weights
+	tempvar column inrow incell
+	sort `columns'
+	quietly by `columns': gen long `column' = _n == 1
+	quietly by `columns': gen long `incell' = _N
+	quietly replace `column' = sum(`column')
 	local at 1
-	forvalues i = 1/`nrows' {
-		display as text %12s abbrev(`"`row`i''"', 12) " {c |}" _continue
-		forvalues j = 1/`ncols' {
-			* cells stand in the order of rows and columns; those that are empty are not there
-			local text
-			local a = `rows'[`at']
-			local b = `columns'[`at']
-			if `"`a'"' == `"`key`i''"' & `"`b'"' == `"`value`j''"' {
-				local text = trim(string(c1_1[`at'], "`format'"))
-				local ++at
-			}
-			display as result %12s "`text'" _continue
-		}
-		local text = cond("`nototal'" == "", trim(string(`total`i'', "`format'")), "")
-		display as result %12s "`text'"
+	local ncols 0
+	while `at' <= _N {
+		Levelname `columns' `at'
+		local column`++ncols' `"`s(name)'"'
+		local last = `at' + `incell'[`at'] - 1
+		local range`ncols' in `at'/`last'
+		local at = `last' + 1
 	}
+	foreach v of local vars {
+		forvalues j = 1/`ncols' {
+			Cells `v' "`stats'" "`range`j''" "`weights'"
+			local i 0
+			foreach s of local stats {
+				local ++i
+				local foot_`v'_`i' `foot_`v'_`i'' `=trim(string(r(c`i'), "`format'"))'
+			}
+		}
+		Cells `v' "`stats'" "" "`weights'"
+		local i 0
+		foreach s of local stats {
+			local ++i
+			local foot_`v'_`i' `foot_`v'_`i'' `=trim(string(r(c`i'), "`format'"))'
+		}
+	}
+	sort `rows' `column'
+	quietly by `rows': gen long `inrow' = _N
+	quietly by `rows' `column': replace `incell' = _N
 	if "`nototal'" == "" {
-		quietly use `t', clear
-		local foot `foot' `=c1_1[1]'
-		display as text "{hline 13}{c +}{hline `width'}" _newline %12s "Total" " {c |}" _continue
-		foreach x of local foot {
-			local text = trim(string(`x', "`format'"))
-			display as result %12s "`text'" _continue
+		local column`=`ncols' + 1' Total
+	}
+	local room = max(1, int((c(linesize) - 16) / 12))
+	local all = `ncols' + ("`nototal'" == "")
+	foreach v of local vars {
+		local i 0
+		foreach s of local stats {
+			local ++i
+			display as text _newline "`s' of `v' by `rows' and `columns'"
+			forvalues from = 1(`room')`all' {
+				local to = min(`all', `from' + `room' - 1)
+				display as text _newline %12s "" " {c |}  " abbrev("`columns'", 12)
+				display as text %12s abbrev("`rows'", 12) " {c |}" _continue
+				forvalues j = `from'/`to' {
+					display as text %12s abbrev(`"`column`j''"', 11) _continue
+				}
+				display _newline as text "{hline 13}{c +}{hline `=12 * (`to' - `from' + 1)'}"
+				Body `v' `s' `rows' `column' `inrow' `incell' `ncols' `from' `to' `format' "`weights'"
+				if "`nototal'" == "" {
+					display as text "{hline 13}{c +}{hline `=12 * (`to' - `from' + 1)'}"
+					Row "Total" `from' `room' `"`foot_`v'_`i''"'
+				}
+			}
+		}
+	}
+end
+
+* The rows of columns from to to; the one behind the last column is the row's total.
+program Body
+	args v stat rows column inrow incell ncols from to format weights
+	local at 1
+	while `at' <= _N {
+		Levelname `rows' `at'
+		display as text %12s abbrev(`"`s(name)'"', 12) " {c |}" _continue
+		local begin `at'
+		local last = `at' + `inrow'[`at'] - 1
+		forvalues j = 1/`to' {
+			* a combination that is not in the data leaves its cell empty
+			local range
+			if `j' > `ncols' {
+				local range in `begin'/`last'
+			}
+			else if `at' <= `last' {
+				if `column'[`at'] == `j' {
+					local next = `at' + `incell'[`at']
+					local range in `at'/`=`next' - 1'
+					local at `next'
+				}
+			}
+			if `j' >= `from' {
+				local text
+				if "`range'" != "" {
+					Cells `v' `stat' "`range'" "`weights'"
+					local text = trim(string(r(c1), "`format'"))
+				}
+				display as result %12s "`text'" _continue
+			}
 		}
 		display ""
+		local at = `last' + 1
 	}
-	quietly use `data', clear
 end

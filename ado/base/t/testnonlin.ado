@@ -4,40 +4,51 @@ program testnonlin, rclass
 	if `"`e(cmd)'"' == "" {
 		error 301
 	}
-	tempname b V R d0 d1 G W stat h
+	tempname b V d0 G W stat
 	matrix `b' = e(b)
 	matrix `V' = e(V)
-	* every restriction is written as a difference that ought to be zero
+	* every restriction is written as a difference that ought to be zero; a = b = c makes two
 	local m 0
 	local rest `"`0'"'
 	gettoken first : rest, match(par)
-	if "`par'" == "(" {
-		while `"`rest'"' != "" {
-			gettoken one rest : rest, match(par)
-			local ++m
-			local eq`m' `"`one'"'
-		}
-	}
-	else {
-		local m 1
-		local eq1 `"`rest'"'
+	if "`par'" != "(" {
+		local rest `"(`0')"'
 	}
 	display ""
-	forvalues i = 1/`m' {
-		gettoken left right : eq`i', parse("=")
-		gettoken sign right : right, parse("=")
-		if "`sign'" != "=" {
+	while trim(`"`rest'"') != "" {
+		gettoken one rest : rest, match(par)
+		if "`par'" != "(" {
+			error 198
+		}
+		gettoken left one : one, parse("=")
+		if trim(`"`one'"') == "" {
 			display as error "= expected"
 			exit 198
 		}
-		display as text "  (`i')  `left' =`right'"
-		local exp`i' (`left')-(`right')
+		while trim(`"`one'"') != "" {
+			gettoken sign one : one, parse("=")
+			if substr(trim(`"`sign'"'), 1, 1) != "=" {
+				display as error "= expected"
+				exit 198
+			}
+			gettoken right one : one, parse("=")
+			if trim(`"`right'"') == "" {
+				error 198
+			}
+			local ++m
+			display as text "  (`m')  `=trim("`left'")' = `=trim("`right'")'"
+			local exps `"`exps' `"(`left')-(`right')"'"'
+			local left `"`right'"'
+		}
 	}
-	_nlderiv `b' `d0' `G' `m' `"`exp1'"' `"`exp2'"' `"`exp3'"' `"`exp4'"' `"`exp5'"'
+	_nlderiv `b' `d0' `G' `m' `exps'
 	matrix `W' = `G'*`V'*`G''
 	matrix `W' = syminv(`W')
 	matrix `stat' = `d0''*`W'*`d0'
 	local df = `m' - diag0cnt(`W')
+	if `df' < `m' {
+		display as text "       Constraints that follow from others dropped: `=`m'-`df''"
+	}
 	display ""
 	if e(df_r) < . {
 		return scalar F = `stat'[1,1]/`df'
