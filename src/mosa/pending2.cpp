@@ -4,3 +4,4 @@
 [[gnu::weak]] extern const m_birow m_bitable[1] = {};
 [[gnu::weak]] int32_t m_findbuiltin(const char *) { return -1; }
 [[gnu::weak]] bool ismosabuiltin(const char *) { return false; }
+[[gnu::weak]] void m_biinit() {}
