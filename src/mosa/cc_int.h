@@ -21,8 +21,8 @@
 //   a.m            a, 140 row        rows from 0 in a struct, from 1 in a class
 //   p->m           p, 112, 140 row
 //   static m       42, 163 (class, member, number of the static variable, class stamp)
-//   a.f(...)       a, arguments, 164 (class, member, n, 1, class stamp), n counting a; a static
-//                  f goes without a: n counts the arguments, then 0
+//   a.f(...)       a, arguments, 164 (class, member, n, class stamp, 1), n counting a; a static
+//                  f goes without a: n counts the arguments, and 0 stands for 1
 //   virtual        a, arguments, 165 (class, member, n, class stamp)
 //   p->f(...)      of an unknown class: p, 112, arguments, 168 (member, n)
 //   (*g)(...)      arguments, g, 112, 119 n
