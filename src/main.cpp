@@ -5,6 +5,7 @@
 #include "interp/dm.h"
 #include "interp/interp.h"
 #include "interp/startup.h"
+#include "terminal/terminal.h"
 #include <cstdio>
 #include <cstring>
 #include <sys/resource.h>
@@ -29,6 +30,7 @@ int main(int argc, char **argv)
         fputs("OVATA_EDITION names no edition: full is used\n", stderr);
     dminit();
     init_tmp();
+    terminal_init();
     open_prefs();
     int32_t started = sinit0(argc, argv);
     if (started < 0)

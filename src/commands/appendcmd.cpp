@@ -5,6 +5,7 @@
 // where both have a label or a characteristic, memory's stands.
 #include "commands/sidejoin.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -65,7 +66,7 @@ int32_t rows(const dtaside *u, const std::vector<joinvar> &list, int32_t before)
     for (int32_t i = 0; i < u->d.N; i++) {
         for (const joinvar &v : list)
             join_put(u, &v, i, before + i + 1);
-        if ((i & 0xfff) == 0 && fault_poll())
+        if ((i & 0xfff) == 0 && progress_poll("appending", i, u->d.N))
             return RC_BREAK;
     }
     return 0;

@@ -1,5 +1,6 @@
 // commands/countcmd.cpp - count and assert: how many observations are so.
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -18,7 +19,7 @@ static int32_t selected()
     rv_open(&v, nullptr, parinfo->pi_obs2);
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
         n += rv_selected(&v, obs);
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("counting", obs, parinfo->pi_obs2))
             break;
     }
     return n;
@@ -61,7 +62,7 @@ int32_t assertcmd(int32_t)
         return rc;
     int32_t all = 0, bad = 0;
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("counting", obs, parinfo->pi_obs2))
             return stopflag;
         if (!selobs(obs))
             continue;

@@ -8,6 +8,7 @@
 // rows and of variables does. fast hashes the stored bytes, which is quicker but depends on
 // the types.
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -77,7 +78,7 @@ int32_t datasigcmd(int32_t)
         hash_text(&nh, _varlist[parinfo->vl_vr[i] - 1], 33);
     int32_t n = 0;
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("signing", obs, parinfo->pi_obs2))
             return RC_BREAK;
         if (!selobs(obs))
             continue;

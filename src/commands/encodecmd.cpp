@@ -4,6 +4,7 @@
 //   decode numvar [if] [in], generate(name) [maxlength(#)]
 #include "core/limits.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "core/text.h"
@@ -70,7 +71,7 @@ int32_t texts_of(int32_t var, codes *map)
     char buf[246];
     std::string s;
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("converting", obs, parinfo->pi_obs2))
             return RC_BREAK;
         if (!selobs(obs))
             continue;
@@ -144,7 +145,7 @@ int32_t encode(const enccmd *c)
         s = in ? dsa_sdata(sysdsa, uint32_t(from), uint32_t(obs), buf) : "";
         double z = s.empty() ? misval : ovdouble_of_ovlong(map[s]);
         dsa_store(z, sysdsa, uint32_t(var), uint32_t(obs));
-        if ((obs & 0xfff) == 0 && fault_poll()) {
+        if ((obs & 0xfff) == 0 && progress_poll("converting", obs, parinfo->pi_obs2)) {
             dsa_truncate_var(sysdsa, uint32_t(var) - 1, true);
             return RC_BREAK;
         }
@@ -179,7 +180,7 @@ int32_t decode(const enccmd *c)
         if (obs >= parinfo->pi_obs1 && obs <= parinfo->pi_obs2 && selobs(obs))
             vlfindval(t, dsa_data(sysdsa, uint32_t(from), uint32_t(obs)), buf, width + 1);
         dsa_sstore(sysdsa, uint32_t(var), uint32_t(obs), buf);
-        if ((obs & 0xfff) == 0 && fault_poll()) {
+        if ((obs & 0xfff) == 0 && progress_poll("converting", obs, parinfo->pi_obs2)) {
             dsa_truncate_var(sysdsa, uint32_t(var) - 1, true);
             return RC_BREAK;
         }

@@ -3,6 +3,7 @@
 // Under by the counts of all groups are gathered and the rows made with the last one, so that
 // the groups still to come are not disturbed.
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -89,7 +90,7 @@ int32_t make_rows()
     for (int32_t obs = 1; obs <= N; obs++)
         for (int32_t i = e.copies[size_t(obs)]; i > 0; i--) {
             dsa_cp_obs(sysdsa, uint32_t(++to), uint32_t(obs));
-            if ((to & 0xfff) == 0 && fault_poll()) {
+            if ((to & 0xfff) == 0 && progress_poll("expanding", obs, N)) {
                 dsa_truncate_obs(sysdsa, uint32_t(N));
                 return RC_BREAK;
             }

@@ -7,9 +7,9 @@
 //
 // Without a dictionary infile reads words, one after the other, whatever the lines.
 #include "commands/rawlayout.h"
-#include "core/clock.h"
 #include "core/files.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"

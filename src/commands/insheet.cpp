@@ -2,11 +2,11 @@
 // dataset. The file is gone through twice, first to find what each column holds, then to
 // store it, so that storage is allotted once and a mixed column keeps its text.
 #include "commands/textdata.h"
-#include "core/clock.h"
 #include "core/files.h"
 #include "core/limits.h"
 #include "core/mem.h"
 #include "core/missing.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"

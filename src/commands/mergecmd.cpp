@@ -13,6 +13,7 @@
 #include "commands/sidejoin.h"
 #include "core/limits.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "core/text.h"
@@ -361,7 +362,7 @@ int32_t walk(mergecmd_t *m, std::vector<plan> *add, std::vector<int32_t> *partne
         m->places.push_back(N + int32_t(add->size()));
     };
     while (o < no || u < nu) {
-        if (((o + u) & 0xfff) == 0 && fault_poll())
+        if (((o + u) & 0xfff) == 0 && progress_poll("matching", double(o) + u, double(no) + nu))
             return RC_BREAK;
         int32_t obs = o < no ? m->master[o] : 0;
         int c = o >= no ? 1 : u >= nu ? -1 : m->bynumber ? 0 : across(m, obs, m->order[u]);

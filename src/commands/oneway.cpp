@@ -4,6 +4,7 @@
 //          missing nolabel bonferroni scheffe sidak]
 #include "commands/categories.h"
 #include "core/missing.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -67,7 +68,7 @@ int32_t collect(anova *a)
 {
     category_open(&a->g, parinfo->vl_vr[1]);
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("computing", obs, parinfo->pi_obs2))
             return stopflag;
         if (!selobs(obs))
             continue;

@@ -1,10 +1,10 @@
 // commands/rawlayout.cpp - fields at told places of lines, and the dictionaries that tell them.
 #include "commands/rawlayout.h"
-#include "core/clock.h"
 #include "core/limits.h"
 #include "core/mem.h"
 #include "core/missing.h"
 #include "core/numtext.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "interp/messages.h"

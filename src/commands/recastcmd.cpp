@@ -1,5 +1,6 @@
 // commands/recastcmd.cpp - _recast: a named storage type.
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -19,7 +20,7 @@ int32_t losses(uint32_t var, uint8_t type)
 {
     char buf[246];
     int32_t n = 0;
-    for (int32_t obs = 1; obs <= _Nobs && !fault_poll(); obs++) {
+    for (int32_t obs = 1; obs <= _Nobs && !progress_poll("checking", obs, _Nobs); obs++) {
         if (t_isstr(type)) {
             n += strlen(dsa_sdata(sysdsa, var, uint32_t(obs), buf)) > type;
             continue;

@@ -4,6 +4,7 @@
 #include "core/limits.h"
 #include "core/missing.h"
 #include "core/numtext.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -74,6 +75,7 @@ static int32_t on_linesize(const setting *, const char *text)
 {
     int32_t n = 79;
     cnvstoint4(text, &n);
+    linesize_chosen = true;
     omlset_maxwidth(oml_cur, n);
     omllog_widths(oml_cur, n);
     return 0;
@@ -83,6 +85,7 @@ static int32_t on_pagesize(const setting *, const char *text)
 {
     int32_t n = 23;
     cnvstoint4(text, &n);
+    pagesize_chosen = true;
     omlset_pagelen(oml_cur, n);
     return 0;
 }
@@ -185,6 +188,17 @@ static int32_t change(const setting *s, const std::string &value)
 
 static int32_t query_sections(const char *which);
 
+// Two numbers in place of on or off: a program tells how far its own repetitions came.
+static bool progress_step(const char *text)
+{
+    double done, total;
+    int end = 0;
+    if (sscanf(text, "%lf %lf %n", &done, &total, &end) < 2 || text[end])
+        return false;
+    progress_task(done, total, ovata_level);
+    return true;
+}
+
 int32_t setcmd(int32_t)
 {
     const char *word = ti_gettok(tokinfo, prsestd);
@@ -202,6 +216,8 @@ int32_t setcmd(int32_t)
     if (rc)
         return rc;
     unquote(&value);
+    if (s->hook == SH_PROGRESS && progress_step(value.c_str()))
+        return 0;
     if (value.empty() && s->kind != SK_TEXT && !(s->kind == SK_WORD && *s->choices == '|'))
         return error(RC_SYNTAX);
     if ((rc = change(s, value)))

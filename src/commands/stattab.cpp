@@ -1,6 +1,7 @@
 #include "commands/stattab.h"
 #include "core/mem.h"
 #include "core/missing.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -28,7 +29,7 @@ int32_t sample_read(sample *s, int32_t var)
     uint8_t type = sysdsa->typ[var - 1];
     uint32_t offset = sysdsa->offset[var - 1];
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("computing", obs, parinfo->pi_obs2))
             return stopflag;
         double z = cell_data(type, dsa_obsptr(sysdsa, uint32_t(obs)) + offset);
         if (z >= misval || !selobs(obs))

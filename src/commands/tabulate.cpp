@@ -3,6 +3,7 @@
 #include "commands/tabstats.h"
 #include "core/mem.h"
 #include "core/missing.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -78,9 +79,10 @@ int32_t tally(tabcmd *t)
     category_open(&t->r, parinfo->vl_vr[0]);
     if (t->nvar == 2)
         category_open(&t->c, parinfo->vl_vr[1]);
+    double counted = 0;
     int32_t maxr = t->nvar == 2 ? max_rows : max_oneway, width = t->nvar == 2 ? max_cols : 1;
     for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++) {
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("tabulating", obs, parinfo->pi_obs2))
             return stopflag;
         if (!selobs(obs))
             continue;
@@ -114,6 +116,7 @@ int32_t tally(tabcmd *t)
             t->freqs.resize((size_t(i) + 1) * size_t(width));
         t->freqs[at] += w;
         t->total += w;
+        counted++;
     }
     category_sort(&t->r);
     if (t->nvar == 2)
@@ -128,16 +131,9 @@ int32_t tally(tabcmd *t)
         }
     // Analytic weights count for as many observations as there are.
     if (parinfo->pi_hasexp && parinfo->pi_wtype == W_AW && t->total > 0) {
-        int32_t n = 0;
-        for (int32_t obs = parinfo->pi_obs1; obs <= parinfo->pi_obs2; obs++)
-            if (selobs(obs) && category_at(&t->r, obs, t->missing, maxr) >= 0 &&
-                (t->nvar == 1 || category_at(&t->c, obs, t->missing, max_cols) >= 0)) {
-                double w = pi_xeq(parinfo, parinfo->wepgm, obs);
-                n += w < misval && w != 0;
-            }
         for (double &f : t->cellw)
-            f *= n / t->total;
-        t->total = n;
+            f *= counted / t->total;
+        t->total = counted;
     }
     return 0;
 }
@@ -407,7 +403,7 @@ int32_t leave_dummies(tabcmd *t)
     }
     for (int32_t obs = 1; obs <= _Nobs && first; obs++) {
         bool in = obs >= parinfo->pi_obs1 && obs <= parinfo->pi_obs2 && selobs(obs);
-        int32_t k = in ? category_at(&t->r, obs, t->missing, max_oneway) : -1;
+        int32_t k = in ? category_find(&t->r, obs) : -1;
         for (int32_t i = 0; i < t->r.count(); i++)
             dsa_store(k < 0 ? misval : t->r.rank[size_t(k)] == i, sysdsa, uint32_t(first + i),
                       uint32_t(obs));

@@ -1,13 +1,9 @@
 #include "core/clock.h"
-#include "core/state.h"
 #include <chrono>
 #include <cstdio>
 #include <ctime>
-#include <unistd.h>
 
 static double shift;
-static double progress_since;
-static bool progress_shown;
 
 double clock_secs()
 {
@@ -50,28 +46,4 @@ char *getstamp(char *buf)
     mkwdate(buf);
     snprintf(buf + 11, 13, " %02d:%02d", w.hour, w.minute);
     return buf;
-}
-
-void progress(const char *what, double share)
-{
-    if (nokbrd || batchmode || !isatty(1))
-        return;
-    double now = clock_secs();
-    if (progress_since == 0)
-        progress_since = now;
-    if (now - progress_since < 2)
-        return;
-    char line[80];
-    int n = snprintf(line, sizeof line, "\r%.60s %3d%%", what, int(share * 100));
-    if (write(1, line, size_t(n)) == n)
-        progress_shown = true;
-}
-
-void progress_end()
-{
-    static const char wipe[] = "\r\033[K";
-    if (progress_shown && write(1, wipe, sizeof wipe - 1) < 0)
-        return;
-    progress_shown = false;
-    progress_since = 0;
 }

@@ -16,8 +16,3 @@ char *mkwdate(char *buf);
 char *mkwtime(char *buf);
 // "21 Nov 2026 03:17": 17 characters, the stamp of a dataset file.
 char *getstamp(char *buf);
-
-// Progress of long work, on the terminal only: call with the share done (0 to 1). Nothing is
-// shown in the first two seconds, in batch, or with piped input. progress_end wipes it.
-void progress(const char *what, double share);
-void progress_end();

@@ -13,7 +13,7 @@
 static std::vector<std::pair<std::string, std::string>> rows;
 static bool changed;
 
-static std::string prefsdir()
+std::string prefsdir()
 {
     const char *xdg = getenv("XDG_CONFIG_HOME"), *home = getenv("HOME");
     if (xdg && *xdg == '/')

@@ -6,7 +6,8 @@
 #include <iterator>
 #include <string_view>
 
-bool set_more = true, set_rmsg, set_trace, set_graphics = true;
+bool set_more = true, set_rmsg, set_trace, set_graphics = true, set_progress = true;
+bool linesize_chosen, pagesize_chosen;
 int32_t set_linesize = 79, set_pagesize = 23, set_matsize = 400, set_maxvar = 5000,
         set_tracedepth = 32000, set_maxiter = 16000, set_adosize = 1000, set_niceness = 5;
 bool set_tracesep = true, set_traceindent = true, set_traceexpand = true, set_tracenumber;

@@ -13,6 +13,7 @@
 //   SK_ACT   none           only the hook knows (obs, seed, memory sizes)
 #pragma once
 #include <cstdint>
+#include <string>
 
 enum set_kind : uint8_t { SK_BOOL, SK_INT, SK_NUM, SK_WORD, SK_TEXT, SK_ACT };
 enum set_hook : uint8_t {
@@ -36,6 +37,7 @@ enum set_hook : uint8_t {
     SH_MEMORY,    // the old request for memory, answered with a note
     SH_DP,
     SH_SORTSEED,
+    SH_PROGRESS,
     SH_N,
 };
 
@@ -64,11 +66,13 @@ using set_fn = int32_t (*)(const setting *s, const char *text);
 extern set_fn set_hooks[SH_N];
 
 // The values themselves, for the code that acts by them.
-extern bool set_more, set_rmsg, set_trace, set_graphics;
+extern bool set_more, set_rmsg, set_trace, set_graphics, set_progress;
 extern int32_t set_linesize, set_pagesize, set_matsize, set_maxvar, set_tracedepth, set_maxiter,
     set_adosize, set_niceness;
 extern bool set_tracesep, set_traceindent, set_traceexpand, set_tracenumber;
 extern double set_level;                 // confidence level in percent, 10 to 99.99
+// The user chose the size of lines or pages: the terminal's size no longer decides.
+extern bool linesize_chosen, pagesize_chosen;
 extern char set_type[33];                // storage type of generate: byte int long float double
 extern char set_logtype[33], set_dp[33];
 extern bool set_mosastrict, set_mosalnum, set_mosaoptimize;
@@ -94,6 +98,7 @@ char *setting_range(const setting *s, char *buf);
 // Preferences: text rows `name value` under the user's configuration directory
 // (XDG_CONFIG_HOME, else ~/.config, then ovata/preferences). A missing or unreadable file is
 // no error; a bad row is passed over.
+std::string prefsdir();  // without a slash at its end; empty when there is none
 void open_prefs();
 void sprefs_load();      // settings marked permanent, in the order of the file
 int32_t sprefs_put(const char *name, const char *value);

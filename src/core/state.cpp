@@ -3,7 +3,7 @@
 char console[conslen + 1];
 char cmd[33];
 int32_t globalrc, captrc;
-volatile sig_atomic_t stopflag, altstopflag, ov_fpeerror;
+volatile sig_atomic_t stopflag, altstopflag, ov_fpeerror, winresized, leavesignal;
 volatile sig_atomic_t stopflag_val = 1, altstopflag_val = 0;
 bool exitflg, gexitflg, runprog;
 bool procflg = true;

@@ -21,6 +21,10 @@ extern int32_t captrc;    // _rc: code kept by the last capture
 extern volatile sig_atomic_t stopflag, altstopflag;
 extern volatile sig_atomic_t stopflag_val, altstopflag_val;
 extern volatile sig_atomic_t ov_fpeerror;  // a floating-point trap was seen
+extern volatile sig_atomic_t winresized;   // the terminal has another size since this was cleared
+// The signal that ended the session (a terminal that went away, a request to leave), else 0.
+// It comes with a break; the line under way gives up and the session leaves the orderly way.
+extern volatile sig_atomic_t leavesignal;
 
 extern bool exitflg, gexitflg;   // leave this level; leave the process
 extern bool runprog;             // lines come from a stored program

@@ -2,8 +2,8 @@
 //
 // A bad header leaves the data in memory alone. After that the memory is emptied, and a file
 // that turns out bad leaves it empty.
+#include "core/progress.h"
 #include "core/text.h"
-#include "core/clock.h"
 #include "core/files.h"
 #include "core/mem.h"
 #include "core/rc.h"
@@ -229,7 +229,7 @@ static int32_t read_rows(usejob *j)
         done += n;
         if (fault_poll())
             return RC_BREAK;
-        progress(j->name, double(done) / N);
+        progress("reading", double(done) / N);
     }
     return 0;
 }

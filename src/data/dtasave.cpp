@@ -3,6 +3,7 @@
 #include "core/clock.h"
 #include "core/files.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -187,7 +188,7 @@ static int32_t wr_rows(savejob *j)
             j->broken = true;
             return RC_BREAK;
         }
-        progress("save", double(i) / j->N);
+        progress("saving", double(i) / j->N);
     }
     return 0;
 }

@@ -1,6 +1,7 @@
 // generate: a new variable and the observation loop that fills it.
 #include "expr/generate.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -94,7 +95,7 @@ template <uint8_t TYPE> static void fillnum(int32_t var, int32_t obs1, int32_t o
         double z = rv_selected(&v, obs) ? rv_value(&v, obs) : misval;
         nmiss += z >= misval;
         num_store<TYPE>(z, at);
-        if (w.left == 0 && fault_poll())
+        if (w.left == 0 && progress_poll("generating", obs, obs2))
             break;
     }
     g.nmiss += nmiss;
@@ -128,7 +129,7 @@ static int32_t fillstring(int32_t var, int32_t obs1, int32_t obs2)
                 return rc;
         }
         dsa_safe_sstore(sysdsa, uint32_t(var), uint32_t(obs), buf);
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("generating", obs, obs2))
             break;
     }
     return 0;

@@ -1,5 +1,6 @@
 // replace: new values for a variable, whose type widens when one does not fit.
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -73,7 +74,7 @@ template <uint8_t TYPE> static void integers(replacing *r)
     rv_open(&v, r->pgm, r->obs2);
     for (; r->obs <= r->obs2; r->obs++) {
         char *at = rw_at(&w, r->var, r->obs);
-        if (w.left == 0 && fault_poll()) {
+        if (w.left == 0 && progress_poll("replacing", r->obs, r->obs2)) {
             r->obs = r->obs2 + 1;
             return;
         }
@@ -100,7 +101,7 @@ template <uint8_t TYPE> static void reals(replacing *r)
     rv_open(&v, r->pgm, r->obs2);
     for (; r->obs <= r->obs2; r->obs++) {
         char *at = rw_at(&w, r->var, r->obs);
-        if (w.left == 0 && fault_poll()) {
+        if (w.left == 0 && progress_poll("replacing", r->obs, r->obs2)) {
             r->obs = r->obs2 + 1;
             return;
         }
@@ -134,7 +135,7 @@ static void strings(replacing *r)
     auto var = uint32_t(r->var);
     for (; r->obs <= r->obs2; r->obs++) {
         auto obs = uint32_t(r->obs);
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("replacing", r->obs, r->obs2))
             return;
         if (!selobs(r->obs))
             continue;

@@ -1,5 +1,6 @@
 // Storage types that follow the values.
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -40,7 +41,7 @@ static int32_t copyrows(uint32_t to, uint32_t from, int32_t nobs)
             dsa_safe_sstore(sysdsa, to, obs, dsa_sdata(sysdsa, from, obs, buf));
         else
             dsa_store(dsa_data(sysdsa, from, obs), sysdsa, to, obs);
-        if (fault_poll())
+        if (progress_poll("converting", obs, sysdsa->_No_))
             return stopflag;
     }
     return 0;

@@ -1,4 +1,5 @@
 // interp/commands.cpp - the command table and dispatch.
+#include "core/progress.h"
 #include "core/rc.h"
 #include "data/dsa.h"
 #include "expr/parse.h"
@@ -228,6 +229,7 @@ int32_t run_next()
 {
     take_cmd();
     int32_t rc = selreq();
+    progress_end();
     if (_Kvar > _i_Kvar)
         dsa_truncate_var(sysdsa, uint32_t(_i_Kvar), true);
     return rc;

@@ -105,6 +105,7 @@ static int32_t run_block()
     for (;;) {
         notebreak(&rc);
         if (getreq(true, false)) {
+            notebreak(&rc);
             if (programgone())
                 exitflg = true;
             else

@@ -2,6 +2,7 @@
 // # commands that act while a line is read.
 #include "core/files.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "interp/interp.h"
 #include "interp/keyboard.h"
@@ -391,24 +392,67 @@ int32_t read_file(int32_t len)
     return 1;
 }
 
-// A line of the keyboard, or of a pipe in its place.
+// Does a typed line go on behind ///? It is cut there. What stands behind // alone stays, for
+// only files have comments.
+bool cut_continuation(char *line)
+{
+    bool simple = false;
+    int32_t compound = 0;
+    for (char *p = line; *p; p++) {
+        bool quoted = simple || compound;
+        if (!simple && p[0] == '`' && p[1] == '"') {
+            compound++;
+            p++;
+        } else if (compound && p[0] == '"' && p[1] == '\'') {
+            compound--;
+            p++;
+        } else if (*p == '"' && !compound) {
+            simple = !simple;
+        } else if (!quoted && !strncmp(p, "//", 2) && (p == line || p[-1] == ' ')) {
+            if (p[2] == '/')
+                *p = 0;
+            return !*p;
+        }
+    }
+    return false;
+}
+
+// One line of the keyboard, or of a pipe in its place, behind its prompt.
+kb_answer one_line(const char *prompt, bool fresh, char *buffer, int32_t len)
+{
+    spout21(prompt);
+    omlflush(oml_cur);
+    kb_answer got = kb_editing ? kb_terminal.line(out_shown(4) ? prompt : "", fresh, buffer, len)
+                               : kb_line(buffer, len);
+    if (got == KB_EOF || leavesignal) {
+        newline();
+        sexit(leavesignal ? 128 + int32_t(leavesignal) : 0);
+    }
+    omltyped(oml_cur, buffer, !nokbrd);
+    return got;
+}
+
+// A command as typed, which may take several lines. After a break at the prompt there is a new
+// prompt; where more lines of a command were wanted the break stands, and the command gives up.
 void read_keyboard(int32_t len)
 {
+    bool fresh = !realbusy && readcons_prompt == prompt_std;
+    progress_level(-1);
     for (;;) {
-        spout21(readcons_prompt);
-        omlflush(oml_cur);
-        kb_answer got = kb_line(console, len);
-        if (got == KB_EOF) {
-            newline();
-            sexit(0);
+        kb_answer got = one_line(readcons_prompt, fresh, console, len);
+        while (got == KB_LINE && cut_continuation(console)) {
+            auto n = int32_t(strlen(console));
+            got = one_line("> ", false, console + n, len - n);
         }
-        omltyped(oml_cur, console, !nokbrd);
         if (got == KB_BREAK) {
-            stopflag = 0;
+            *console = 0;
+            if (fresh)
+                stopflag = 0;
             newline();
         }
         if (got != KB_TOOLONG)
             return;
+        *console = 0;
         globalrc = errout(RC_LONGCMD, "input too long\n");
         show_rc_line();
     }

@@ -3,6 +3,9 @@
 #include <cerrno>
 #include <unistd.h>
 
+kb_terminal_t kb_terminal;
+bool kb_editing;
+
 static char ahead[4096];
 static ssize_t pos, have;
 
@@ -14,7 +17,7 @@ static int32_t next_byte()
     do {
         have = read(0, ahead, sizeof ahead);
         if (have < 0 && errno == EINTR && stopflag)
-            return -2;
+            return leavesignal ? -1 : -2;
     } while (have < 0 && errno == EINTR);
     pos = 0;
     if (have <= 0) {
@@ -52,10 +55,4 @@ kb_answer kb_line(char *buffer, int32_t len)
     if (c == -1 && !any)
         return KB_EOF;
     return toolong ? KB_TOOLONG : KB_LINE;
-}
-
-int32_t kb_key()
-{
-    int32_t c = next_byte();
-    return c == -2 ? 3 : c;
 }

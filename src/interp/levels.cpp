@@ -1,6 +1,7 @@
 // interp/levels.cpp - levels: a do-file or a program is entered, its lines are run, and what
 // it changed is put back on the way out, whatever the way.
 #include "core/files.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/settings.h"
 #include "data/sort.h"
@@ -14,7 +15,7 @@
 #include "interp/trace.h"
 #include "output/oml.h"
 #include "output/print.h"
-#include <cstdio>
+#include <charconv>
 #include <cstring>
 
 byenv by_waiting;
@@ -95,7 +96,7 @@ pgmrec *entered(const char *name)
 // One macro for each word of the arguments: _1, _2, ... without its quotes.
 int32_t save_words(char *p)
 {
-    char word[macrolen], name[16];
+    char word[macrolen], name[16] = "_";
     for (int32_t i = 1;; i++) {
         while (*p == ' ')
             p++;
@@ -116,7 +117,7 @@ int32_t save_words(char *p)
             return error(RC_SYNTAX);
         memcpy(word, start, n);
         word[n] = 0;
-        snprintf(name, sizeof name, "_%d", i);
+        *std::to_chars(name + 1, name + 15, i).ptr = 0;
         int32_t rc = n ? macsave(name, word) : macsave0(name);
         if (rc)
             return rc;
@@ -288,7 +289,11 @@ void doepilog(doframe *f, int32_t kind)
         leave_shared(f);
         return;
     }
+<<<<<<< HEAD
+    progress_level(ovata_level - 1);
+=======
     rc_shown = false;
+>>>>>>> main
     uint8_t pgmclass = program_class;
     leave_settings(f);
     if (::estrestore)

@@ -3,6 +3,7 @@
 // a temporary file.
 #include "core/files.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "interp/preserve.h"
@@ -97,7 +98,7 @@ int32_t rows_to_memory(keptdata *k, uint64_t bytes)
         return RC_NOMEM;
     for (int32_t i = 1; i <= k->N; i++) {
         dsa_getdtaobs(sysdsa, k->rows + uint64_t(i - 1) * k->lrec, uint32_t(i), -1);
-        if (fault_poll())
+        if (progress_poll("preserving", i, k->N))
             return RC_BREAK;
     }
     return 0;
@@ -117,7 +118,7 @@ int32_t rows_to_disk(keptdata *k)
         if (wr(fd, row.get(), int64_t(k->lrec)))
             rc = fierr(RC_IOWRITE, k->path.c_str());
         else
-            rc = fault_poll();
+            rc = progress_poll("preserving", i, k->N);
     }
     ov_close(fd);
     return rc;

@@ -4,6 +4,7 @@
 #include "data/dsa.h"
 #include "interp/dm.h"
 #include "interp/interp.h"
+#include "interp/keyboard.h"
 #include "interp/programs.h"
 #include "interp/startup.h"
 #include "output/log.h"
@@ -85,6 +86,8 @@ void sexit(int32_t code)
         omlflush(oml_reswin);
         close_batchlog();
     }
+    if (sinit_state >= 8 && kb_terminal.close)
+        kb_terminal.close();
     if (sinit_state > 0) {
         write_prefs();
         close_prefs();

@@ -9,11 +9,14 @@
 #include "interp/dm.h"
 #include "interp/findfile.h"
 #include "interp/interp.h"
+#include "interp/keyboard.h"
 #include "interp/programs.h"
+#include "mosa/vm.h"
 #include "output/oml.h"
 #include "output/print.h"
 #include "stats/random.h"
 #include <cctype>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -185,24 +188,39 @@ static void setfpeerror(int)
 // Installed without the restart of system calls: a read at the prompt must come back.
 static void setbrk(int) { state_break(); }
 
-static bool winresized;
+// The session is to end, in order: whatever runs gives up, and the line's end leaves. A second
+// signal of the kind has its usual effect.
+static void setleave(int number)
+{
+    leavesignal = number;
+    stopflag = 1;
+}
+
+static void take_size(int32_t lines, int32_t columns)
+{
+    if (lines > 4 && !pagesize_chosen)
+        omlset_pagelen(oml_reswin, set_pagesize = lines - 2);
+    if (columns > 1 && !linesize_chosen)
+        set_linesize = omlset_maxwidth(oml_reswin, columns - 1);
+    winresized = 1;
+}
 
 static void settermsize(int)
 {
+    int was = errno;
     winsize w;
-    if (ioctl(1, TIOCGWINSZ, &w))
-        return;
-    if (w.ws_row > 4)
-        set_pagesize = w.ws_row - 2;
-    if (w.ws_col > 1)
-        set_linesize = w.ws_col - 1 < 40 ? 40 : w.ws_col - 1 > 255 ? 255 : w.ws_col - 1;
-    winresized = true;
+    if (!ioctl(1, TIOCGWINSZ, &w) || !ioctl(0, TIOCGWINSZ, &w))
+        take_size(w.ws_row, w.ws_col);
+    errno = was;
 }
 
-static void catch_signal(int number, void (*fn)(int))
+static void catch_signal(int number, void (*fn)(int), int flags)
 {
-    struct sigaction act = {};
+    struct sigaction act = {}, old;
+    if (!sigaction(number, nullptr, &old) && old.sa_handler == SIG_IGN && number != SIGINT)
+        return;  // whoever started us wants it so
     act.sa_handler = fn;
+    act.sa_flags = flags;
     sigemptyset(&act.sa_mask);
     sigaction(number, &act, nullptr);
 }
@@ -214,14 +232,20 @@ int32_t tinit()
         return 0;
     done = true;
     signal(SIGFPE, setfpeerror);
-    if (nokbrd)
+    for (int number : {SIGHUP, SIGTERM, SIGPIPE})
+        catch_signal(number, setleave, int(SA_RESETHAND));
+    if (nokbrd) {
+        catch_signal(SIGINT, setleave, int(SA_RESETHAND));
         return 0;
-    catch_signal(SIGINT, setbrk);
-    catch_signal(SIGWINCH, settermsize);
+    }
+    catch_signal(SIGINT, setbrk, 0);
+    catch_signal(SIGWINCH, settermsize, SA_RESTART);
     stopflag = 0;
+    int32_t lines, columns;
+    if (kb_terminal.size && kb_terminal.size(&lines, &columns))
+        take_size(lines, columns);
     settermsize(0);
-    omlset_maxwidth(oml_reswin, set_linesize);
-    omlset_pagelen(oml_reswin, set_pagesize);
+    kb_editing = kb_terminal.open && kb_terminal.open();
     return 0;
 }
 
@@ -353,10 +377,14 @@ int32_t sinit0(int32_t argc, char **argv)
         return -1;
     sinit_state = 13;
     if (o.logo)
-        notes(false);
+        notes(kb_editing);
     set_graphics = true;
     xeq_byquery = by_query;
     sinit_state = 17;
+    if (mosainit()) {
+        complain("\r\nAllocation failure.\r\n");
+        return -1;
+    }
     c_outlev = 0;
     sinit_state = 18;
     memcpy(console, line.c_str(), line.size() + 1);

@@ -1,9 +1,10 @@
 // Structs and classes at run time: definitions prepared, instances built, copied and ended.
-#include "mosa/classdef.h"
 #include "core/mem.h"
+#include "mosa/classdef.h"
 #include "mosa/vmint.h"
 
-namespace {
+namespace
+{
 
 // What preparing a class made; its address stands in the definition.
 struct cls_rt {
@@ -95,8 +96,7 @@ matobj *find_definition(const char *name, int32_t kind, const char *notfound, co
 
 matobj *rt_findstruct(const char *name)
 {
-    return find_definition(name, MT_STRUCTDEF, "struct %s not found",
-                           "%s() not struct definition");
+    return find_definition(name, MT_STRUCTDEF, "struct %s not found", "%s() not struct definition");
 }
 
 matobj *m_mkstruct(const matobj *definition, int32_t depth)

@@ -120,10 +120,22 @@ static void step_top(double by, bool post)
         put_result(1, old);
 }
 
-void oppreinc() { step_top(1, false); }
-void oppredec() { step_top(-1, false); }
-void oppostinc() { step_top(1, true); }
-void oppostdec() { step_top(-1, true); }
+void oppreinc()
+{
+    step_top(1, false);
+}
+void oppredec()
+{
+    step_top(-1, false);
+}
+void oppostinc()
+{
+    step_top(1, true);
+}
+void oppostdec()
+{
+    step_top(-1, true);
+}
 
 // ---- classes
 

@@ -80,7 +80,17 @@ enum : uint8_t {  // of the style byte; the two lowest bits are a colour
 // Paging. omlmore returns the key, or 0 when no prompt is due.
 int32_t omlmore(oml *o);
 void sysinitmore(int32_t moretime);
+<<<<<<< HEAD
+// What the screen is told; the terminal fills it in, and empty texts do without.
+struct omlscreen {
+    const char *wipe = "";  // the line the cursor is in, and to its start
+    const char *standout = "", *standend = "";
+    const char *sane = "";  // attributes off, the cursor shown
+};
+extern omlscreen oml_screen;
+=======
 bool omlpromptset(const char *markup);  // the form of the prompt; false without memory
+>>>>>>> main
 // The routine a console hands to omlset_user: shows the prompt and waits for a key.
 int32_t sysmore(const char *text, size_t n, void *arg);
 

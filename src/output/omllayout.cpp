@@ -4,7 +4,11 @@
 // placed; blanks stay as typed, a line end counts as one, an empty line ends it. Bytes 0x80 to
 // 0xBF take no column, so a character of several bytes is never cut.
 #include "core/files.h"
+<<<<<<< HEAD
+#include "core/progress.h"
+=======
 #include "output/oml_int.h"
+>>>>>>> main
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -21,6 +25,8 @@ void io_flush(omlio *io)
     }
     if (io->fd < 0 || io->err)
         return;
+    if (io->eachline && progress_shown)
+        progress_wipe();
     if (io->log) {
         if (ovata_write(io->fd, io->buf, int32_t(n)) != int32_t(n))
             io->err = 693;

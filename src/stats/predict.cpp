@@ -3,7 +3,11 @@
 //   _predict [type] newvar [if] [in] [, statistic equation(name)]
 #include "core/mem.h"
 #include "core/missing.h"
+<<<<<<< HEAD
+#include "core/progress.h"
+=======
 #include "core/numtext.h"
+>>>>>>> main
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -208,6 +212,8 @@ int32_t need(predcmd *c)
     if (c->what >= PS_STDF) {
         if (macro_of("vce") != "ols" && !macro_of("vce").empty())
             return errout(RC_NOTALLOWED, "option not allowed after robust estimation\n");
+        if (c->what >= PS_STDR && macro_of("model") == "iv")
+            return errout(RC_NOTALLOWED, "option not allowed after instrumental variables\n");
         if (macro_of("wtype") == "aweight" && c->what >= PS_HAT)
             return errout(RC_NOTALLOWED, "option not allowed after analytic weights\n");
         c->s = estval_get_double("rmse");
@@ -342,7 +348,7 @@ int32_t predictcmd(int32_t)
     rowvalues v;
     rv_open(&v, nullptr, parinfo->pi_obs2);
     for (int32_t obs = 1; obs <= _Nobs; obs++) {
-        if ((obs & 0xfff) == 0 && fault_poll())
+        if ((obs & 0xfff) == 0 && progress_poll("predicting", obs, _Nobs))
             return stopflag;
         bool in = obs >= parinfo->pi_obs1 && obs <= parinfo->pi_obs2 && rv_selected(&v, obs);
         double z = in ? value_at(&c, obs) : misval;

@@ -1,5 +1,6 @@
 #include "stats/rows.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "interp/messages.h"
@@ -81,7 +82,7 @@ int32_t dr_next(datarows *d)
     char *row[block_rows];
     do {
         d->n = 0;
-        if (fault_poll())
+        if (progress_poll("computing", d->next, parinfo->pi_obs2))
             return stopflag;
         for (; d->n < block_rows && d->next <= parinfo->pi_obs2; d->next++) {
             if (!rv_selected(&d->rv, d->next))

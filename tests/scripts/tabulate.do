@@ -28,3 +28,12 @@ capture noisily tabulate
 display _rc
 sort b
 by b: tabulate a if b < 2
+* a value met only with weights of zero is none of the table, nor of its indicators
+drop _all
+set obs 12
+gen g = mod(_n, 3)
+gen str2 s = string(g)
+tabulate g s [aw=g], nofreq chi2
+tabulate g [aw=g], gen(d)
+list g d* in 1/3
+assert missing(d1) if g == 0

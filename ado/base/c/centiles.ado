@@ -1,7 +1,7 @@
 *! percentiles with confidence intervals
 program centiles, rclass byable(recall)
 	version 12.1
-	syntax [varlist(numeric)] [if] [in] [, Centile(numlist >=0 <=100) Level(real `c(level)') Normal Meansd CCi]
+	syntax [varlist(numeric)] [if] [in] [, Centile(numlist >=0 <=100) Level(cilevel) Normal Meansd CCi]
 	if "`centile'" == "" {
 		local centile 50
 	}
