@@ -194,7 +194,7 @@ int32_t mosacmd(int32_t)
     rest += colon;
     rest += strspn(rest, " ");
     if (!procflg)
-        return *rest ? 0 : skip_block();
+        return *rest ? dead_line() : skip_block();
     text_keep keep;
     m_getline = next_line;
     m_mayreadcons = true;
