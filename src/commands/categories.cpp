@@ -42,6 +42,17 @@ int32_t category_at(categories *c, int32_t obs, bool missing, int32_t max)
     return it->second;
 }
 
+int32_t category_find(const categories *c, int32_t obs)
+{
+    if (!c->text) {
+        auto at = c->of_num.find(dsa_data(sysdsa, uint32_t(c->var), uint32_t(obs)));
+        return at == c->of_num.end() ? -1 : at->second;
+    }
+    char buf[246];
+    auto at = c->of_str.find(dsa_sdata(sysdsa, uint32_t(c->var), uint32_t(obs), buf));
+    return at == c->of_str.end() ? -1 : at->second;
+}
+
 void category_sort(categories *c)
 {
     c->order.resize(size_t(c->count()));

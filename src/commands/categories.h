@@ -22,6 +22,8 @@ void category_open(categories *c, int32_t var);
 // The number of the value at an observation; -1 for a missing one when missing is off; -2
 // when there would be more than max of them.
 int32_t category_at(categories *c, int32_t obs, bool missing, int32_t max);
+// The same for the categories that there are: -1 for any other value.
+int32_t category_find(const categories *c, int32_t obs);
 void category_sort(categories *c);
 // The text of the category of a rank: value label (unless nolabel), format or string.
 std::string category_text(const categories *c, int32_t rank, bool nolabel);

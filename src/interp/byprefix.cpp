@@ -31,6 +31,7 @@ int32_t group;   // number of the group a built-in works on
 struct bylist {
     std::vector<int32_t> keys;  // by variables, then those in parentheses
     int32_t nby = 0;
+    bool rc0 = false;   // a group that fails does not keep the others from being looked at
     bool sort = false;
     std::string vars;
 };
@@ -68,7 +69,9 @@ int32_t by_options(bylist *by)
         }
         if (cmdcmp(token, "sort", 1))
             by->sort = true;
-        else if (strcmp(token, "rc0"))
+        else if (!strcmp(token, "rc0"))
+            by->rc0 = true;
+        else
             return errout(RC_SYNTAX, "option %s not allowed\n", tok_text(token));
     }
 }
@@ -175,6 +178,12 @@ void end_of_groups()
     rmvlist();
 }
 
+// What of a group's code stops the run.
+int32_t group_rc(const bylist &by, int32_t rc)
+{
+    return rc == RC_NOOBS || rc == RC_FEWOBS || (by.rc0 && rc != RC_BREAK) ? 0 : rc;
+}
+
 int32_t over_builtin(const bylist &by, const cmdrow *row)
 {
     if (!_Nobs)
@@ -182,11 +191,12 @@ int32_t over_builtin(const bylist &by, const cmdrow *row)
     gettok_state at;
     ti_stattok(tokinfo, &at);
     bool header = has_header(row);
+    bool parsed = false;
     int32_t rc = 0;
     byKvaronexit = -1;
     for (int32_t first = 1, last; first <= _Nobs && !rc; first = last + 1) {
         last = group_end(by, first);
-        byvar = first == 1 ? 1 : 2;
+        byvar = parsed ? 2 : 1;
         group = first == 1 ? 1 : group + 1;
         lastby = last >= _Nobs;
         if (header && (rc = show_header(by, first)))
@@ -197,8 +207,9 @@ int32_t over_builtin(const bylist &by, const cmdrow *row)
         pi_allow_reset(parinfo);
         c_outlev = 0;
         rc = row->handler(row->arg);
-        if (rc == RC_NOOBS || rc == RC_FEWOBS)
-            rc = 0;
+        // What failed may not have come to the end of the line: it is read anew.
+        parsed = parsed || !rc || rc == RC_NOOBS || rc == RC_FEWOBS;
+        rc = group_rc(by, rc);
         if (!rc)
             rc = fault_poll();
         // Rows that the command added behind the last group are none of by's.
@@ -253,9 +264,7 @@ int32_t over_program(const bylist &by, int32_t code)
         env.lastcall = env.n2 >= _Nobs;
         if (code == 2 && (rc = show_header(by, first)))
             break;
-        rc = call_program(by, &at, env, name, line.c_str());
-        if (rc == RC_NOOBS || rc == RC_FEWOBS)
-            rc = 0;
+        rc = group_rc(by, call_program(by, &at, env, name, line.c_str()));
         if (!rc)
             rc = fault_poll();
         // The program may have dropped what the groups are found by.

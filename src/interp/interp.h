@@ -40,6 +40,10 @@ inline constexpr const char *notbuilt_words = "this command is not available in 
 
 [[nodiscard]] int32_t selreq();
 int32_t getreq(bool fromprogram, bool newlinefirst);  // 0 a line is ready, 1 end of input
+int32_t getreq_raw();  // of a matrix-language block: blank lines and lines with * come too
+// The line opens a block of the matrix language, which ends with a line "end": 0 no, 1 mosa,
+// 2 mosa with a colon, which an error leaves.
+int32_t mosa_opens(const char *line);
 int32_t doreq();                                      // 1 go on, 0 leave this level
 // Runs a command line from C++ on the caller's level, console and tokens as before on return.
 [[nodiscard]] int32_t run_line(const char *line);

@@ -15,7 +15,7 @@
 #include "interp/trace.h"
 #include "output/oml.h"
 #include "output/print.h"
-#include <cstdio>
+#include <charconv>
 #include <cstring>
 
 byenv by_waiting;
@@ -96,7 +96,7 @@ pgmrec *entered(const char *name)
 // One macro for each word of the arguments: _1, _2, ... without its quotes.
 int32_t save_words(char *p)
 {
-    char word[macrolen], name[16];
+    char word[macrolen], name[16] = "_";
     for (int32_t i = 1;; i++) {
         while (*p == ' ')
             p++;
@@ -117,7 +117,7 @@ int32_t save_words(char *p)
             return error(RC_SYNTAX);
         memcpy(word, start, n);
         word[n] = 0;
-        snprintf(name, sizeof name, "_%d", i);
+        *std::to_chars(name + 1, name + 15, i).ptr = 0;
         int32_t rc = n ? macsave(name, word) : macsave0(name);
         if (rc)
             return rc;

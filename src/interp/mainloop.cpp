@@ -17,7 +17,7 @@ double rmsgtime;          // seconds the last command took, when set rmsg is on
 int32_t doreq_nest;
 static double started;    // of the line under way, -1 when nobody asked
 
-int32_t getreq(bool fromprogram, bool newlinefirst)
+static int32_t read_request(bool fromprogram, bool newlinefirst, bool all)
 {
     if (fromprogram && runprog) {
         if (pgm_getline())
@@ -36,12 +36,19 @@ int32_t getreq(bool fromprogram, bool newlinefirst)
         const char *p = console;
         while (*p == ' ')
             p++;
-        if (*p && *p != '*')
+        if (all || (*p && *p != '*'))
             break;
     }
     ti_settok(tokinfo, console);
     return 0;
 }
+
+int32_t getreq(bool fromprogram, bool newlinefirst)
+{
+    return read_request(fromprogram, newlinefirst, false);
+}
+
+int32_t getreq_raw() { return read_request(true, false, true); }
 
 // Is this the head of a loop, behind prefixes? A loop must see its own text unexpanded.
 static bool prefix_peek()

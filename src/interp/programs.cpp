@@ -202,15 +202,17 @@ int32_t read_body(body *b, bool block, int32_t depth)
     if (block && depth <= 0)
         return 0;
     int32_t shown = int32_t(b->start.size());
+    bool matrices = false;  // within a block of the matrix language, whose end is its own
     for (;;) {
         prompt.set(++shown);
-        if (getreq(true, false))
+        if (matrices ? getreq_raw() : getreq(true, false))
             return stopflag ? RC_BREAK : error(612);
         if (stopflag)
             return RC_BREAK;
-        if (!block && is_end(console))
+        if (!block && !matrices && is_end(console))
             break;
         b->add(console);
+        matrices = matrices ? !is_end(console) : mosa_opens(console) != 0;
         if (block && (depth += brace_change(console)) <= 0)
             break;
     }
@@ -248,6 +250,27 @@ pgmrec *same_scope(const char *name, const char *owner)
 }
 
 }  // namespace
+
+int32_t mosa_opens(const char *line)
+{
+    toktype ti;
+    std::string text = line;
+    ti_settok(&ti, text.data());
+    const char *word = ti_gettok(&ti, prsestd);
+    while (cmdcmp(word, "quietly", 3) || cmdcmp(word, "noisily", 1) || cmdcmp(word, "version", 4)) {
+        if (cmdcmp(word, "version", 4))
+            ti_gettok(&ti, prsenum);
+        word = ti_gettok(&ti, prsestd);
+        if (*word == ':')
+            word = ti_gettok(&ti, prsestd);
+    }
+    if (!cmdcmp(word, "mosa", 4) && strcmp(word, "m") != 0)
+        return 0;
+    bool colon = *ti_gettok(&ti, prsestd) == ':';
+    if (colon)
+        ti_gettok(&ti, prsestd);
+    return *ti.token ? 0 : colon ? 2 : 1;
+}
 
 int32_t pgmdefine(const char *name, const char *owner, const pgmopts *opts, const char *firstline)
 {

@@ -11,6 +11,7 @@
 #include "interp/interp.h"
 #include "interp/keyboard.h"
 #include "interp/programs.h"
+#include "mosa/vm.h"
 #include "output/oml.h"
 #include "output/print.h"
 #include "stats/random.h"
@@ -380,6 +381,10 @@ int32_t sinit0(int32_t argc, char **argv)
     set_graphics = true;
     xeq_byquery = by_query;
     sinit_state = 17;
+    if (mosainit()) {
+        complain("\r\nAllocation failure.\r\n");
+        return -1;
+    }
     c_outlev = 0;
     sinit_state = 18;
     memcpy(console, line.c_str(), line.size() + 1);

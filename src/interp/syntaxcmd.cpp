@@ -80,6 +80,22 @@ int32_t check_count(const synlist &l, synkind kind, int32_t n)
     return 0;
 }
 
+// All variables, or those among them of the type asked for where there are such.
+int32_t all_fitting(const synlist &l, int32_t *v)
+{
+    int32_t n = vlist_all(v), kept = 0;
+    if (l.numeric == l.string)
+        return n;
+    auto fits = [&](int32_t var) { return t_isstr(_typlist[var - 1]) == l.string; };
+    bool any = false;
+    for (int32_t i = 0; i < n; i++)
+        any = any || fits(v[i]);
+    for (int32_t i = 0; i < n && any; i++)
+        if (fits(v[i]))
+            v[kept++] = v[i];
+    return any ? kept : n;
+}
+
 int32_t existing(synkind kind, const synlist &l, const str &text, str *out)
 {
     std::unique_ptr<int32_t[]> v(new (std::nothrow) int32_t[size_t(maxvlist)]);
@@ -87,7 +103,7 @@ int32_t existing(synkind kind, const synlist &l, const str &text, str *out)
         return error(RC_NOMEM);
     int32_t n = 0, rc = 0;
     if (text.empty() && !l.defnone)
-        n = vlist_all(v.get());
+        n = all_fitting(l, v.get());
     else if (!text.empty())
         rc = vlist_text(text.c_str(), v.get(), &n, max_theory_k);
     if (rc || (rc = check_count(l, kind, n)))

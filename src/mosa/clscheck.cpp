@@ -13,7 +13,8 @@ const char *cls_text(const int32_t *code, int32_t word)
     return word < 0 ? "" : reinterpret_cast<const char *>(code + word + 2);
 }
 
-namespace {
+namespace
+{
 
 // The first word of each record by its place, -1 elsewhere.
 using places = std::vector<int8_t>;
@@ -113,8 +114,8 @@ const char *sd_check(const int32_t *code, int32_t words)
         bool member = at[size_t(word)] == 0;
         if (member != (word < SD_FIRST + 3 * code[SD_N] && (word - SD_FIRST) % 3 == 0))
             return "members out of place";
-        if (member && (!is_text(at, code[word + 1], 1, false) ||
-                       !is_text(at, code[word + 2], 2, false)))
+        if (member &&
+            (!is_text(at, code[word + 1], 1, false) || !is_text(at, code[word + 2], 2, false)))
             return "member without type or name";
         if (at[size_t(word)] == 1 && !good_type(code + word, at, 1, 2))
             return "type out of range";

@@ -9,7 +9,8 @@
 #include <cstdlib>
 #include <vector>
 
-namespace {
+namespace
+{
 
 enum : int32_t { NOT_OP = -2, UNSEEN = -1 };
 // What is known of optional arguments where it is not a count of settled ones: nothing is
@@ -35,8 +36,7 @@ const char *const unfit = "instruction that does not belong in code";
 
 bool ended_text(const int32_t *w)
 {
-    return w[0] > 0 && w[0] <= 0x10000000 &&
-           memchr(w + 1, 0, size_t(w[0]) * 4) != nullptr;
+    return w[0] > 0 && w[0] <= 0x10000000 && memchr(w + 1, 0, size_t(w[0]) * 4) != nullptr;
 }
 
 bool mark_pool(checker *c, int32_t at)
@@ -108,27 +108,80 @@ void check_operand(char letter, int32_t word, void *arg)
 effect effect_of(const int32_t *p)
 {
     switch (p[0]) {
-    case 1: case 8: case 9: case 33: case 89: case 121: return {0, 0};
-    case 2: case 10: case 28: case 6: return {1, -1};
-    case 3: case 5: case 11: case 12: case 26: case 27: case 29: case 56: case 75: case 76:
-    case 83: case 85: case 90: case 20: case 71: case 72: case 41: case 112: case 113: case 140:
-    case 150: case 151: case 152: case 153: case 154: case 163: case 167: return {1, 0};
+    case 1:
+    case 8:
+    case 9:
+    case 33:
+    case 89:
+    case 121: return {0, 0};
+    case 2:
+    case 10:
+    case 28:
+    case 6: return {1, -1};
+    case 3:
+    case 5:
+    case 11:
+    case 12:
+    case 26:
+    case 27:
+    case 29:
+    case 56:
+    case 75:
+    case 76:
+    case 83:
+    case 85:
+    case 90:
+    case 20:
+    case 71:
+    case 72:
+    case 41:
+    case 112:
+    case 113:
+    case 140:
+    case 150:
+    case 151:
+    case 152:
+    case 153:
+    case 154:
+    case 163:
+    case 167: return {1, 0};
     case 78: return {1, 1};
-    case 24: case 94: case 118: return {2, -1};
-    case 44: case 96: return {2, -2};
-    case 92: case 115: case 117: return {3, -2};
+    case 24:
+    case 94:
+    case 118: return {2, -1};
+    case 44:
+    case 96: return {2, -2};
+    case 92:
+    case 115:
+    case 117: return {3, -2};
     case 95: return {3, -3};
     case 116: return {4, -3};
     case 91: return {3, -2};
-    case 25: case 55: return {p[2], 1 - p[2]};
+    case 25:
+    case 55: return {p[2], 1 - p[2]};
     case 119: return {p[1] + 1, -p[1]};
     case 164: return {p[6], 1 - p[6]};
     case 165: return {p[3], 1 - p[3]};
     case 168: return {p[2 + p[1]], 1 - p[2 + p[1]]};
     case 30: return {0, 0};
-    case 7: case 31: case 34: case 40: case 42: case 57: case 79: case 80: case 81: case 84:
-    case 114: case 120: case 138: case 141: case 142: case 166: return {0, 1};
-    case 4: case 35: return {0, 0};
+    case 7:
+    case 31:
+    case 34:
+    case 40:
+    case 42:
+    case 57:
+    case 79:
+    case 80:
+    case 81:
+    case 84:
+    case 114:
+    case 120:
+    case 138:
+    case 141:
+    case 142:
+    case 166: return {0, 1};
+    case 4:
+    case 35: return {0, 0};
     default: break;
     }
     const char *operands = m_optable[p[0]].operands;
@@ -244,8 +297,12 @@ const char *m_checkcode(const int32_t *code, int32_t words)
         return "no code";
     if (code[0] < 890 || code[0] > m_format)
         return "format of another time";
-    checker c{code, words, std::vector<int32_t>(size_t(words), NOT_OP),
-              std::vector<int32_t>(size_t(words), SETTLED), {}, std::vector<uint8_t>(size_t(words)),
+    checker c{code,
+              words,
+              std::vector<int32_t>(size_t(words), NOT_OP),
+              std::vector<int32_t>(size_t(words), SETTLED),
+              {},
+              std::vector<uint8_t>(size_t(words)),
               nullptr};
     lay_out(&c);
     if (!c.why)

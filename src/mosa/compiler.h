@@ -35,6 +35,11 @@ void breakout(); // for the compiler's loops: leaves with "--Break--" when a sto
 [[nodiscard]] matobj *m_mkfcn(const char *cls, const char *name, const char *subname, int32_t words,
                               int32_t eltype, int32_t orgtype);
 
+// Whether all functions that a class declares are defined, and the words about those that are
+// not.
+bool isclassdefcomplete(const matobj *definition);
+void dispundefinedclsmbrfcn(const matobj *definition);
+
 // Lists of names for commands such as mosa drop: "name", "name()", "cls::name()", patterns.
 struct m_namelist {
     int32_t n;

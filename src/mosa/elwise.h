@@ -134,7 +134,8 @@ void string_concat(m_colonclass cc, int32_t rows, int32_t cols);
 // Strings repeated: one operand of strings, the other real.
 void string_repeat(m_colonclass cc, int32_t rows, int32_t cols);
 // Two numeric arrays, complex if either is, by the kernel of each type.
-template <class K> void numeric_binary(m_colonclass cc, int32_t rows, int32_t cols, zc (*cf)(zc, zc))
+template <class K>
+void numeric_binary(m_colonclass cc, int32_t rows, int32_t cols, zc (*cf)(zc, zc))
 {
     matobj *a = m_stak[-1], *b = m_stak[0];
     matobj *out = result_home(a->eltype, rows, cols);

@@ -32,8 +32,10 @@ static bool strings_equal(const matobj *a, const matobj *b)
             continue;
         }
         const char *p = x, *q = y;
-        int32_t np = a->view ? v_sel1(a, k, x) : (p = sel_text(mo_sel(a)[k]), sel_len(mo_sel(a)[k]));
-        int32_t nq = b->view ? v_sel1(b, k, y) : (q = sel_text(mo_sel(b)[k]), sel_len(mo_sel(b)[k]));
+        int32_t np =
+            a->view ? v_sel1(a, k, x) : (p = sel_text(mo_sel(a)[k]), sel_len(mo_sel(a)[k]));
+        int32_t nq =
+            b->view ? v_sel1(b, k, y) : (q = sel_text(mo_sel(b)[k]), sel_len(mo_sel(b)[k]));
         if (np != nq || memcmp(p, q, size_t(np)) != 0)
             return false;
     }
@@ -95,6 +97,6 @@ bool structequal(const matobj *a, const matobj *b)
 
 bool classequal(const matobj *a, const matobj *b)
 {
-    return a == b || (a->rows > 0 && b->rows > 0 && mo_pel(a)[0] == mo_pel(b)[0] &&
-                      members_equal(a, b, 1));
+    return a == b ||
+           (a->rows > 0 && b->rows > 0 && mo_pel(a)[0] == mo_pel(b)[0] && members_equal(a, b, 1));
 }

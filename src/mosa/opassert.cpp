@@ -25,15 +25,15 @@ static bool declares(const matobj *f, int32_t shape, int32_t other)
 void opisrvec()
 {
     const matobj *m = *m_stak;
-    verdict(mo_isfcn(m) ? declares(m, OT_ROWVECTOR, OT_ROWVECTOR) : m->rows == 1, 3202,
-            "rowvector", "rowvector");
+    verdict(mo_isfcn(m) ? declares(m, OT_ROWVECTOR, OT_ROWVECTOR) : m->rows == 1, 3202, "rowvector",
+            "rowvector");
 }
 
 void opiscvec()
 {
     const matobj *m = *m_stak;
-    verdict(mo_isfcn(m) ? declares(m, OT_COLVECTOR, OT_COLVECTOR) : m->cols == 1, 3203,
-            "colvector", "colvector");
+    verdict(mo_isfcn(m) ? declares(m, OT_COLVECTOR, OT_COLVECTOR) : m->cols == 1, 3203, "colvector",
+            "colvector");
 }
 
 void opisvec()

@@ -210,12 +210,30 @@ template <comparison Y> static void colon_compare()
         mo_free(out);
 }
 
-void opcee() { colon_compare<EE>(); }
-void opcne() { colon_compare<NE>(); }
-void opcge() { colon_compare<GE>(); }
-void opcle() { colon_compare<LE>(); }
-void opcgt() { colon_compare<GT>(); }
-void opclt() { colon_compare<LT>(); }
+void opcee()
+{
+    colon_compare<EE>();
+}
+void opcne()
+{
+    colon_compare<NE>();
+}
+void opcge()
+{
+    colon_compare<GE>();
+}
+void opcle()
+{
+    colon_compare<LE>();
+}
+void opcgt()
+{
+    colon_compare<GT>();
+}
+void opclt()
+{
+    colon_compare<LT>();
+}
 
 // ---- logic
 
@@ -246,8 +264,14 @@ template <class K> static void colon_logic()
         mo_free(out);
 }
 
-void opcor() { colon_logic<k_or>(); }
-void opcand() { colon_logic<k_and>(); }
+void opcor()
+{
+    colon_logic<k_or>();
+}
+void opcand()
+{
+    colon_logic<k_and>();
+}
 
 // ---- comparisons of whole values
 
@@ -284,10 +308,22 @@ template <comparison Y> static void whole_order()
     m_condflag = all;
 }
 
-void opge() { whole_order<GE>(); }
-void ople() { whole_order<LE>(); }
-void opgt() { whole_order<GT>(); }
-void oplt() { whole_order<LT>(); }
+void opge()
+{
+    whole_order<GE>();
+}
+void ople()
+{
+    whole_order<LE>();
+}
+void opgt()
+{
+    whole_order<GT>();
+}
+void oplt()
+{
+    whole_order<LT>();
+}
 
 static void whole_equal(bool want)
 {
@@ -301,5 +337,11 @@ static void whole_equal(bool want)
     m_condflag = truth;
 }
 
-void opee() { whole_equal(true); }
-void opne() { whole_equal(false); }
+void opee()
+{
+    whole_equal(true);
+}
+void opne()
+{
+    whole_equal(false);
+}

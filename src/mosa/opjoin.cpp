@@ -96,8 +96,8 @@ void opaddr()
     matobj *out = m_mktmat(a->eltype, a->rows + b->rows, a->cols);
     if (!out)
         return;
-    bool good = copy_run(out, 0, a, 0, mo_count(a)) &&
-                copy_run(out, mo_count(a), b, 0, mo_count(b));
+    bool good =
+        copy_run(out, 0, a, 0, mo_count(a)) && copy_run(out, mo_count(a), b, 0, mo_count(b));
     finish(out, good);
 }
 

@@ -151,9 +151,9 @@ void opmult()
     matobj *c = m_mktmat(a->eltype, a->rows, b->cols);
     if (!c)
         return;
-    bool good = a->eltype == MO_REAL ? multiply_real(mo_re(c), mo_re(a), mo_re(b), a->rows,
-                                                     a->cols, b->cols)
-                                     : multiply_complex(c, a, b);
+    bool good = a->eltype == MO_REAL
+                    ? multiply_real(mo_re(c), mo_re(a), mo_re(b), a->rows, a->cols, b->cols)
+                    : multiply_complex(c, a, b);
     if (good)
         qppp(c);
     else

@@ -3,10 +3,11 @@
 // Indices are settled first, as two lists of positions; what reads or writes elements knows
 // only positions. Single elements of real arrays go a shorter way.
 #include "core/mem.h"
-#include "mosa/vmint.h"
 #include "mosa/views.h"
+#include "mosa/vmint.h"
 
-namespace {
+namespace
+{
 
 // Positions along one side, from 0: a run from start, or a list.
 struct positions {
@@ -249,7 +250,8 @@ void oprsubscr()
 
 // ---- storing
 
-namespace {
+namespace
+{
 
 // Whether elements of value may go into dest. Sets m_xrc when not.
 bool may_store(const matobj *dest, const matobj *value)
@@ -405,15 +407,42 @@ void store_target(form how)
 
 } // namespace
 
-void oprstosmat() { store_slot(RANGE, false); }
-void oprstosmatpop() { store_slot(RANGE, true); }
-void oplstosmat2() { store_slot(BLOCK2, false); }
-void oplstosmat2pop() { store_slot(BLOCK2, true); }
-void oplstosmat1() { store_slot(BLOCK1, false); }
-void oplstosmat1pop() { store_slot(BLOCK1, true); }
-void oprstosexp() { store_target(RANGE); }
-void oplstosexp2() { store_target(BLOCK2); }
-void oplstosexp1() { store_target(BLOCK1); }
+void oprstosmat()
+{
+    store_slot(RANGE, false);
+}
+void oprstosmatpop()
+{
+    store_slot(RANGE, true);
+}
+void oplstosmat2()
+{
+    store_slot(BLOCK2, false);
+}
+void oplstosmat2pop()
+{
+    store_slot(BLOCK2, true);
+}
+void oplstosmat1()
+{
+    store_slot(BLOCK1, false);
+}
+void oplstosmat1pop()
+{
+    store_slot(BLOCK1, true);
+}
+void oprstosexp()
+{
+    store_target(RANGE);
+}
+void oplstosexp2()
+{
+    store_target(BLOCK2);
+}
+void oplstosexp1()
+{
+    store_target(BLOCK1);
+}
 
 // The value goes to the target, which stays.
 void opsstomat()

@@ -52,7 +52,7 @@ static bool cell(const matobj *v, int32_t i, int32_t j, uint32_t *var, uint32_t 
 double v_el(const matobj *v, int32_t i, int32_t j)
 {
     uint32_t k, n;
-    if (!cell(v, i, j, &k, &n) || t_isstr(_typlist[k]))
+    if (!cell(v, i, j, &k, &n) || t_isstr(_typlist[k - 1]))
         return misval;
     return dsa_data(sysdsa, k, n);
 }
@@ -65,7 +65,7 @@ double v_el1(const matobj *v, int64_t k)
 void v_sto_el(double z, const matobj *v, int32_t i, int32_t j)
 {
     uint32_t k, n;
-    if (!cell(v, i, j, &k, &n) || t_isstr(_typlist[k]))
+    if (!cell(v, i, j, &k, &n) || t_isstr(_typlist[k - 1]))
         return;
     dsa_store(z, sysdsa, k, n);
     s_updata = true;
@@ -80,7 +80,7 @@ int32_t v_sel(const matobj *v, int32_t i, int32_t j, char *buffer)
 {
     uint32_t k, n;
     buffer[0] = '\0';
-    if (!cell(v, i, j, &k, &n) || !t_isstr(_typlist[k]))
+    if (!cell(v, i, j, &k, &n) || !t_isstr(_typlist[k - 1]))
         return 0;
     dsa_sdata(sysdsa, k, n, buffer);
     return int32_t(strlen(buffer));
@@ -111,7 +111,7 @@ char *v_exsel(const matobj *v, int32_t i, int32_t j)
 void v_sto_sel(const char *bytes, int32_t length, const matobj *v, int32_t i, int32_t j)
 {
     uint32_t k, n;
-    if (!cell(v, i, j, &k, &n) || !t_isstr(_typlist[k]))
+    if (!cell(v, i, j, &k, &n) || !t_isstr(_typlist[k - 1]))
         return;
     char text[T_STRMAX + 1] = {};
     memcpy(text, bytes, size_t(length < T_STRMAX ? length : T_STRMAX));

@@ -180,7 +180,7 @@ static void assert_scalar(const matobj *m)
         matobj *a = sp[-1], *b = *sp;                                                              \
         if (!is_rs(a) || !is_rs(b))                                                                \
             goto other;                                                                            \
-        m_condflag = *mo_re(a) sign *mo_re(b);                                                     \
+        m_condflag = *mo_re(a) sign * mo_re(b);                                                    \
         RESULT2(m_condflag);                                                                       \
         continue;                                                                                  \
     }
@@ -213,9 +213,7 @@ static void loop(int32_t *const ops, matobj **const fp)
             DROP();
             pc++;
             continue;
-        case 3:
-            m_xrc = 10000;
-            return OUT(), void();
+        case 3: m_xrc = 10000; return OUT(), void();
         case 4:
             if (m_vm.argc != pc[1]) [[unlikely]] {
                 OUT();
@@ -314,18 +312,18 @@ static void loop(int32_t *const ops, matobj **const fp)
             m_vm.line = pc[1];
             pc += 2;
             continue;
-        ARITHMETIC(32, z_add)
-        ARITHMETIC(36, z_sub)
-        ARITHMETIC(21, z_mul)
-        ARITHMETIC(73, z_div)
-        COMPARE(14, ==)
-        COMPARE(15, >=)
-        COMPARE(16, <=)
-        COMPARE(17, >)
-        COMPARE(18, <)
-        COMPARE(19, !=)
+            ARITHMETIC(32, z_add)
+            ARITHMETIC(36, z_sub)
+            ARITHMETIC(21, z_mul)
+            ARITHMETIC(73, z_div)
+            COMPARE(14, ==)
+            COMPARE(15, >=)
+            COMPARE(16, <=)
+            COMPARE(17, >)
+            COMPARE(18, <)
+            COMPARE(19, !=)
         default:
-        other: {
+        other : {
             OUT();
             auto handler = m_optable[*pc].handler;
             if (handler)
@@ -427,7 +425,8 @@ void m_newstatement()
         m_sysclock++;
 }
 
-namespace {
+namespace
+{
 // What a statement run from within a statement must leave as it was.
 struct machine_keep {
     m_machine vm = m_vm;

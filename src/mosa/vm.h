@@ -35,6 +35,7 @@ extern matobj *m_rt;           // class definition in whose member code runs, or
 extern int32_t mosa_state;     // 1 commands, 2 compiling, 3 running, -1 otherwise
 extern bool m_debug;           // tracebacks with word offsets
 
+[[nodiscard]] int32_t mosainit();  // at start-up: 0, or 9801
 [[nodiscard]] int32_t mosastakinit(int32_t on); // 0, or 9801
 // Runs a function whose argc arguments are on the stack; the result replaces them.
 void m_xeq(matobj *fcn, int32_t argc);

@@ -302,6 +302,13 @@ void lay_paraend(layout *l)
         endline(l);
 }
 
+void lay_newpage(layout *l)
+{
+    lay_paraend(l);
+    if (l->color == COL_MARKS)
+        io_put(&l->io, &omlmark_page, 1);
+}
+
 void lay_break(layout *l)
 {
     if (!l->para) {

@@ -3,8 +3,8 @@
 //   _predict [type] newvar [if] [in] [, statistic equation(name)]
 #include "core/mem.h"
 #include "core/missing.h"
-#include "core/progress.h"
 #include "core/numtext.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"
@@ -209,6 +209,8 @@ int32_t need(predcmd *c)
     if (c->what >= PS_STDF) {
         if (macro_of("vce") != "ols" && !macro_of("vce").empty())
             return errout(RC_NOTALLOWED, "option not allowed after robust estimation\n");
+        if (c->what >= PS_STDR && macro_of("model") == "iv")
+            return errout(RC_NOTALLOWED, "option not allowed after instrumental variables\n");
         if (macro_of("wtype") == "aweight" && c->what >= PS_HAT)
             return errout(RC_NOTALLOWED, "option not allowed after analytic weights\n");
         c->s = estval_get_double("rmse");

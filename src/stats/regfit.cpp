@@ -57,7 +57,7 @@ static void absorb_rows(const regjob *r, datarows *d)
     }
 }
 
-static int32_t sample_rows(regjob *r)
+int32_t reg_rows(regjob *r)
 {
     int32_t rc = next_rows(r);
     if (!rc && r->absorb.var && !r->gmean.empty())
@@ -68,7 +68,7 @@ static int32_t sample_rows(regjob *r)
 // A pass ahead: the weighted means of every column within the groups, and over all of them.
 static int32_t group_means(regjob *r)
 {
-    auto k = size_t(r->nx) + 1;
+    auto k = r->vars.size();
     std::vector<double> sum, weight;
     for (;;) {
         int32_t rc = next_rows(r);
@@ -105,15 +105,16 @@ static int32_t group_means(regjob *r)
 
 int32_t reg_build(regjob *r)
 {
-    int32_t rc = dr_open(&r->rows, r->vars.data(), r->nx + 1);
-    if (rc || (rc = cp_open(&r->cp, r->nx + 1, r->cons)))
+    auto k = int32_t(r->vars.size());
+    int32_t rc = dr_open(&r->rows, r->vars.data(), k);
+    if (rc || (rc = cp_open(&r->cp, k, r->cons)))
         return rc;
     r->blockgroup.resize(block_rows);
     r->used.assign(size_t(_Nobs) + 1, 0);
     if (r->absorb.var && (rc = group_means(r)))
         return rc;
     for (;;) {
-        if ((rc = sample_rows(r)))
+        if ((rc = reg_rows(r)))
             return rc;
         if (!r->rows.n)
             break;
@@ -140,7 +141,7 @@ static void sums_of_squares(regjob *r, double syy)
     if (!r->cons)
         centred = syy - mean * mean * r->N;
     r->tss = r->cons || r->tsscons || r->hascons ? centred : syy;
-    double within = r->tss;  // with groups absorbed, what the slopes have to explain
+    double within = r->tss; // with groups absorbed, what the slopes have to explain
     r->tss += r->between * r->scale;
     r->mss = r->tss - r->rss;
     bool constant = r->cons || r->hascons;
@@ -158,7 +159,7 @@ static void sums_of_squares(regjob *r, double syy)
     if (r->df_m > 0 && mse < misval && mse > 0 && explained >= 0)
         r->F = explained / r->df_m / mse;
     r->ll = r->ll_0 = misval;
-    if (constant && !weighted_as(W_PW)) {
+    if (constant && !weighted_as(W_PW) && r->inst.empty()) {
         if (r->rss > 0)
             r->ll = -0.5 * r->N * (doubleln2pi + std::log(r->rss / r->N) + 1);
         if (r->tss > 0)
@@ -209,6 +210,40 @@ void reg_inverse(const regjob *r, double *out)
     std::copy(V.begin(), V.end(), out);
 }
 
+void reg_coefficients(regjob *r, const double *swept, double syy)
+{
+    int32_t nx = r->nx;
+    int64_t ld = set_matsize;
+    r->p = nx + r->cons;
+    r->b.assign(size_t(r->p), 0);
+    r->beta.assign(size_t(nx), misval);
+    r->H.assign(size_t(nx) * size_t(nx), 0);
+    r->dropped.assign(size_t(nx), 0);
+    r->rank = 0;
+    double left = 0; // of the constant, small terms together
+    for (int32_t i = 0; i < nx; i++) {
+        const double *row = swept + (i + 2) * ld;
+        r->dropped[size_t(i)] = row[i + 2] == 0;
+        r->rank += row[i + 2] != 0;
+        r->b[size_t(i)] = row[1];
+        for (int32_t j = 0; j < nx; j++)
+            r->H[size_t(i) * size_t(nx) + size_t(j)] = row[j + 2];
+        left += row[1] * cp_mean(&r->cp, i + 1);
+        double sxx = cp_el(&r->cp, i + 1, i + 1) * r->scale;
+        if (syy > 0)
+            r->beta[size_t(i)] = row[1] * std::sqrt(sxx / syy);
+    }
+    if (r->cons)
+        r->b[size_t(nx)] = cp_mean(&r->cp, 0) - left;
+}
+
+void reg_variance(regjob *r, double syy)
+{
+    sums_of_squares(r, syy);
+    double mse = r->mse1 ? 1 : r->df_r > 0 ? r->rss / r->df_r : 0;
+    r->V = data_scale(r, inverse_about_means(r, mse));
+}
+
 int32_t reg_solve(regjob *r)
 {
     int32_t nx = r->nx, ld = set_matsize, rc;
@@ -224,57 +259,49 @@ int32_t reg_solve(regjob *r)
     double syy = a[ld + 1];
     if ((rc = sweep_within(a.get(), 1, nx + 1, 2, nx + 1, nullptr, -1)))
         return rc;
-    r->p = nx + r->cons;
-    r->b.assign(size_t(r->p), 0);
-    r->beta.assign(size_t(nx), misval);
-    r->H.assign(size_t(nx) * size_t(nx), 0);
-    r->dropped.assign(size_t(nx), 0);
-    r->rank = 0;
+    reg_coefficients(r, a.get(), syy);
     r->rss = a[ld + 1] > 0 ? a[ld + 1] : 0;
-    double mean = cp_mean(&r->cp, 0);
-    for (int32_t i = 0; i < nx; i++) {
-        const double *row = a.get() + int64_t(i + 2) * ld;
-        r->dropped[size_t(i)] = row[i + 2] == 0;
-        r->rank += row[i + 2] != 0;
-        r->b[size_t(i)] = row[1];
-        for (int32_t j = 0; j < nx; j++)
-            r->H[size_t(i) * size_t(nx) + size_t(j)] = row[j + 2];
-    }
-    double left = 0;  // of the constant, small terms together
-    for (int32_t i = 0; i < nx; i++) {
-        left += r->b[size_t(i)] * cp_mean(&r->cp, i + 1);
-        double sxx = cp_el(&r->cp, i + 1, i + 1) * r->scale;
-        if (syy > 0)
-            r->beta[size_t(i)] = r->b[size_t(i)] * std::sqrt(sxx / syy);
+    reg_variance(r, syy);
+    return 0;
+}
+
+double reg_residual(const regjob *r, const double *row, double *x)
+{
+    double e = row[0] - (r->cons ? cp_mean(&r->cp, 0) : 0);
+    for (int32_t j = 0; j < r->nx; j++) {
+        double z = row[j + 1] - (r->cons ? cp_mean(&r->cp, j + 1) : 0);
+        x[j] = r->dropped[size_t(j)] ? 0 : z;
+        e -= r->b[size_t(j)] * x[j];
     }
     if (r->cons)
-        r->b[size_t(nx)] = mean - left;
-    sums_of_squares(r, syy);
-    double mse = r->mse1 ? 1 : r->df_r > 0 ? r->rss / r->df_r : 0;
-    r->V = data_scale(r, inverse_about_means(r, mse));
-    return 0;
+        x[r->nx] = 1;
+    return e;
 }
 
 // ---- robust variances (Huber 1967, White 1980; hc2 and hc3 of MacKinnon and White 1985)
 
 struct meat {
     const regjob *r;
-    std::vector<double> x, score;
-    std::vector<double> M, sums;  // p by p; clusters by p
+    std::vector<double> x;
+    std::vector<double> M, sums; // p by p; clusters by p
 };
 
-// The row about the means, with the constant behind it; its residual is returned.
-static double centred_row(meat *m, const double *row)
+// The row about the means, with the constant behind it; its residual is returned. Instruments
+// leave what they explain of the regressors.
+static double score_row(meat *m, const double *row)
 {
     const regjob *r = m->r;
-    double e = row[0] - (r->cons ? cp_mean(&r->cp, 0) : 0);
-    for (int32_t j = 0; j < r->nx; j++) {
-        double x = row[j + 1] - (r->cons ? cp_mean(&r->cp, j + 1) : 0);
-        m->x[size_t(j)] = r->dropped[size_t(j)] ? 0 : x;
-        e -= r->b[size_t(j)] * m->x[size_t(j)];
+    double e = reg_residual(r, row, m->x.data());
+    auto nx = size_t(r->nx);
+    for (size_t j = 0; j < nx && !r->inst.empty(); j++) {
+        if (r->exog[j] || r->dropped[j])
+            continue;
+        m->x[j] = 0;
+        for (size_t l = 0; l < r->zcol.size(); l++) {
+            int32_t c = r->zcol[l];
+            m->x[j] += r->first[l * nx + j] * (row[c] - (r->cons ? cp_mean(&r->cp, c) : 0));
+        }
     }
-    if (r->cons)
-        m->x[size_t(r->nx)] = 1;
     return e;
 }
 
@@ -297,7 +324,7 @@ static void add_row(meat *m, const double *row, double w, int32_t obs)
     auto *r = const_cast<regjob *>(m->r);
     auto p = size_t(r->p);
     bool counts = weighted_as(W_FW);
-    double e = centred_row(m, row), wn = counts ? 1 : w * r->scale, f = counts ? w : 1;
+    double e = score_row(m, row), wn = counts ? 1 : w * r->scale, f = counts ? w : 1;
     if (r->vce == RV_HC2 || r->vce == RV_HC3) {
         double left = 1 - leverage(m, wn);
         if (left > 1e-12)
@@ -340,10 +367,10 @@ static std::vector<double> sandwich(const regjob *r, const std::vector<double> &
 int32_t reg_robust(regjob *r)
 {
     auto p = size_t(r->p);
-    meat m{r, std::vector<double>(p), std::vector<double>(p), std::vector<double>(p * p), {}};
+    meat m{r, std::vector<double>(p), std::vector<double>(p * p), {}};
     dr_rewind(&r->rows);
     for (;;) {
-        int32_t rc = sample_rows(r);
+        int32_t rc = reg_rows(r);
         if (rc)
             return rc;
         if (!r->rows.n)

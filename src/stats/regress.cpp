@@ -1,6 +1,7 @@
 // stats/regress.cpp - _regress: linear regression by least squares.
 //
-//   _regress depvar [varlist] [if] [in] [weight] [, options]
+//   _regress depvar [varlist] [(varlist)] [if] [in] [weight] [, options]
+//   with a second list, that of all exogenous variables, by two-stage least squares
 //   _regress [, display options]          shows the stored results again
 #include "core/missing.h"
 #include "core/rc.h"
@@ -19,11 +20,13 @@
 #include "stats/regress_int.h"
 #include "stats/results.h"
 #include "stats/statparse.h"
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
-namespace {
+namespace
+{
 
 struct regcmd {
     bool header, table, anova;
@@ -81,7 +84,8 @@ int32_t variance_options(regcmd *c, regjob *r)
 {
     char text[500];
     int32_t rc = 0, v = 0;
-    bool robust = stat_option("robust", 1), hc2 = stat_option("hc2", 3), hc3 = stat_option("hc3", 3);
+    bool robust = stat_option("robust", 1), hc2 = stat_option("hc2", 3),
+         hc3 = stat_option("hc3", 3);
     bool clusters = ti_pi_findargn(tokinfo, parinfo, "cluster", 2, text, 499, 1) != 0;
     if (clusters && (rc = one_variable(text, &v)))
         return rc;
@@ -100,6 +104,8 @@ int32_t variance_options(regcmd *c, regjob *r)
         r->vce = RV_ROBUST;
     if (r->vce != RV_OLS && parinfo->pi_hasexp && parinfo->pi_wtype == W_IW)
         return errout(RC_NOTALLOWED, "iweights not allowed with robust\n");
+    if (!r->inst.empty() && (r->vce == RV_HC2 || r->vce == RV_HC3))
+        return errout(RC_NOTALLOWED, "hc2 and hc3 not allowed with instruments\n");
     if (r->vce == RV_CLUSTER && !strcmp(c->tab.extra, "beta"))
         return errout(184, "options vce(cluster clustvar) and beta may not be combined\n");
     return 0;
@@ -171,13 +177,27 @@ void post_macros(const regcmd *c, const regjob *r)
 {
     static const char *const vces[] = {"ols", "robust", "hc2", "hc3", "cluster"};
     static const char *const types[] = {"", "Robust", "Robust HC2", "Robust HC3", "Robust"};
-    estval_set_glocal("title", "Linear regression");
+    bool iv = !r->inst.empty();
+    estval_set_glocal("title",
+                      iv ? "Instrumental variables (2SLS) regression" : "Linear regression");
     estval_set_glocal("depvar", *c->depname ? c->depname : _varlist[r->vars[0] - 1]);
     estval_set_glocal("cmd", "regress");
     estval_set_glocal("properties", "b V");
     estval_set_glocal("predict", "regres_p");
-    estval_set_glocal("model", "ols");
-    estval_set_glocal("estat_cmd", "regress_estat");
+    estval_set_glocal("model", iv ? "iv" : "ols");
+    if (iv) {
+        std::string instd;
+        for (int32_t j = 0; j < r->nx; j++)
+            if (!r->exog[size_t(j)])
+                instd +=
+                    (instd.empty() ? "" : " ") + std::string(_varlist[r->vars[size_t(j) + 1] - 1]);
+        std::string insts;
+        for (int32_t v : r->inst)
+            insts += (insts.empty() ? "" : " ") + std::string(_varlist[v - 1]);
+        estval_set_glocal("instd", instd.c_str());
+        estval_set_glocal("insts", insts.c_str());
+    } else
+        estval_set_glocal("estat_cmd", "regress_estat");
     estval_set_glocal("vce", vces[r->vce]);
     estval_save_vcetype(types[r->vce]);
     if (r->cluster.var)
@@ -232,8 +252,9 @@ int32_t post_sweep(const regjob *r, const std::vector<umatname> &names)
             double z = c ? 0 : cp_el(&r->cp, i, j) * r->scale;
             L.m->el[i * n + j] = r->cons ? z + r->cp.sum_w * r->scale * mean(i) * mean(j) : z;
             int32_t slope = i > j ? i : j;
-            H.m->el[i * n + j] = i && j ? inv[size_t((i - 1) * p + j - 1)]
-                                 : slope ? r->b[size_t(slope) - 1] : r->rss;
+            H.m->el[i * n + j] = i && j  ? inv[size_t((i - 1) * p + j - 1)]
+                                 : slope ? r->b[size_t(slope) - 1]
+                                         : r->rss;
         }
     for (const matref *m : {&L, &H}) {
         for (umatname *side : {m->row, m->col}) {
@@ -273,7 +294,10 @@ int32_t post(const regcmd *c, const regjob *r)
 
 // ---- the header
 
-double e_scalar(const char *name) { return estval_get_double(name); }
+double e_scalar(const char *name)
+{
+    return estval_get_double(name);
+}
 
 const char *num(char *buf, double z, const char *fmt)
 {
@@ -338,25 +362,28 @@ void plain_header()
            df_r = e_scalar("df_r"), df_a = e_scalar("df_a");
     double model = df_m + (df_a < misval ? df_a : 0);
     static const char *rule = "-------------+-------------------------------";
+    if (macro_of("model") == "iv")
+        spout21f("\n%s\n", macro_of("title").c_str());
     spout21("\n      Source |       SS       df       MS    ");
     right_end(45, right_side("Number of obs", fmt_comma(v, e_scalar("N"))));
     spout21(rule);
     right_end(45, f_line());
-    anova_row("Model", e_scalar("mss"), model,
-              right_side("Prob > F", num(v, f_tail(), "%6.4f")));
+    anova_row("Model", e_scalar("mss"), model, right_side("Prob > F", num(v, f_tail(), "%6.4f")));
     anova_row("Residual", e_scalar("rss"), df_r,
               right_side("R-squared", num(v, e_scalar("r2"), "%7.4f")));
     spout21(rule);
     right_end(45, right_side("Adj R-squared", num(v, e_scalar("r2_a"), "%7.4f")));
-    anova_row("Total", tss, model + df_r, right_side("Root MSE", num(v, e_scalar("rmse"), "%7.0g")));
+    anova_row("Total", tss, model + df_r,
+              right_side("Root MSE", num(v, e_scalar("rmse"), "%7.0g")));
     newline();
 }
 
 void robust_header()
 {
     char v[64];
-    spout21("\nLinear regression");
-    right_end(17, right_side("Number of obs", fmt_comma(v, e_scalar("N"))));
+    std::string title = macro_of("title");
+    spout21f("\n%s", title.c_str());
+    right_end(int(title.size()), right_side("Number of obs", fmt_comma(v, e_scalar("N"))));
     right_end(0, f_line());
     right_end(0, right_side("Prob > F", num(v, f_tail(), "%6.4f")));
     right_end(0, right_side("R-squared", num(v, e_scalar("r2"), "%7.4f")));
@@ -378,13 +405,56 @@ int32_t show(const regcmd *c)
     double df_a = e_scalar("df_a");
     if (!rc && c->table && !absvar.empty() && df_a < misval)
         spout21f("%12s | absorbed, %.0f categories\n", absvar.c_str(), df_a + 1);
+    if (!rc && c->table && macro_of("model") == "iv") {
+        spout21f("Instrumented:  %s\nInstruments:   %s\n", macro_of("instd").c_str(),
+                 macro_of("insts").c_str());
+        spout21("------------------------------------------------------------------------------\n");
+    }
     return rc ? rc : stopflag;
 }
 
 // ---- the command
 
+// The list in parentheses behind the first one, which is blanked for the parse of the rest.
+// Groups of by after the first one find the list where it was left.
+int32_t take_instruments(regjob *r)
+{
+    static std::vector<int32_t> found;
+    if (byvar < 2) {
+        found.clear();
+        char *p = ti_wheretok(tokinfo);
+        do {
+            p += strspn(p, " ");
+            size_t n = strcspn(p, " (,[");
+            if (n == 2 && (!strncmp(p, "if", 2) || !strncmp(p, "in", 2)))
+                return 0;
+            p += n;
+        } while (*p == ' ');
+        if (*p != '(')
+            return 0;
+        char *close = strchr(p, ')');
+        if (!close)
+            return errout(RC_PARENS, "too few ')' or ']'\n");
+        int32_t n = 0;
+        found.resize(size_t(_Kvar) + 1);
+        if (int32_t rc = vlist_text(std::string(p + 1, close).c_str(), found.data(), &n, _Kvar + 1))
+            return rc;
+        found.resize(size_t(n));
+        memset(p, ' ', size_t(close - p) + 1);
+        for (int32_t v : found)
+            if (t_isstr(_typlist[v - 1]))
+                return error(RC_TYPE);
+        if (found.empty())
+            return error(RC_TOOFEWVARS);
+    }
+    r->inst = found;
+    return 0;
+}
+
 int32_t parse(regcmd *c, regjob *r)
 {
+    if (int32_t rc = take_instruments(r))
+        return rc;
     statline line;
     line.weights = W_ALL4;
     line.weightdflt = W_AW;
@@ -416,11 +486,14 @@ int32_t estimate_model(regcmd *c, regjob *r)
     r->nx = parinfo->pi_nvar - 1;
     if (!r->nx && !r->cons)
         return error(RC_TOOFEWVARS);
+    for (int32_t v : r->inst)
+        if (std::find(r->vars.begin() + 1, r->vars.end(), v) == r->vars.end())
+            r->vars.push_back(v);
     for (int32_t v : r->vars)
         if (t_isstr(_typlist[v - 1]))
             return errout(RC_NOOBS, "no observations\n");
     int32_t rc = reg_build(r);
-    if (rc || (rc = reg_solve(r)))
+    if (rc || (rc = r->inst.empty() ? reg_solve(r) : reg_solve_iv(r)))
         return rc;
     if (r->vce != RV_OLS && (rc = reg_robust(r)))
         return rc;
@@ -428,7 +501,7 @@ int32_t estimate_model(regcmd *c, regjob *r)
     return post(c, r);
 }
 
-}  // namespace
+} // namespace
 
 int32_t regress(int32_t);
 int32_t regress(int32_t)

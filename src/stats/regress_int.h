@@ -14,6 +14,11 @@ struct regjob {
     regvce vce = RV_OLS;
     groupids cluster, absorb;
     double dof = 0;              // 0: as counted
+    // instruments: all variables held exogenous; vars ends with those that are no regressors
+    std::vector<int32_t> inst;
+    std::vector<int32_t> zcol;   // their columns in vars
+    std::vector<uint8_t> exog;   // by regressor
+    std::vector<double> first;   // coefficients of the regressors on them, inst by nx
     // the data
     datarows rows;
     crossprod cp;
@@ -33,6 +38,17 @@ struct regjob {
 
 [[nodiscard]] int32_t reg_build(regjob *r);   // the cross products. 0, 2000 and so on
 [[nodiscard]] int32_t reg_solve(regjob *r);   // sweeps, coefficients, sums of squares, variance
+// The same by two-stage least squares, where there are instruments. 481 without enough.
+[[nodiscard]] int32_t reg_solve_iv(regjob *r);
+// What both do with products of y and the regressors once they are swept (rows of matsize, y at
+// 1): coefficients and inverse; and, when r->rss is known, sums of squares and the variance.
+void reg_coefficients(regjob *r, const double *swept, double syy);
+void reg_variance(regjob *r, double syy);
+// A row about the means where there is a constant: x of the regressors, zeros for dropped ones,
+// 1 for the constant; the residual is returned.
+double reg_residual(const regjob *r, const double *row, double *x);
+// Rows of the sample as the model takes them. n is 0 at the end.
+[[nodiscard]] int32_t reg_rows(regjob *r);
 [[nodiscard]] int32_t reg_robust(regjob *r);  // replaces the variance
 // (X'X)^-1 on the scale of the data, p by p, zeros where a column was left out.
 void reg_inverse(const regjob *r, double *out);

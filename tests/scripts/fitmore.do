@@ -147,6 +147,52 @@ matrix symeigen A L = A
 same L[1,2] 1
 same abs(A[1,1]) sqrt(.5)
 capture noisily matrix list A, format(%5s)
+* ---- instruments: the two stages by hand
+gen double u = invnorm(uniform())
+gen double w = z + u + invnorm(uniform())
+gen double v = x + 2*w + 2*u
+quietly regress v x w (z x g) [aw=g]
+scalar bhat = _b[w]
+scalar sehat = _se[w]
+scalar c0 = _b[_cons]
+scalar sigma = e(rmse)
+gen double ivres2 = (v - _b[x]*x - _b[w]*w - _b[_cons])^2
+quietly summarize ivres2 [aw=g]
+same sigma sqrt(r(mean)*50/47)
+assert "`e(instd)'" == "w" & e(r2) < .
+quietly regress w x z g [aw=g]
+predict double what
+quietly regress v x what [aw=g]
+same bhat _b[what]
+same c0 _b[_cons]
+same sehat _se[what]*sigma/e(rmse)
+* one instrument: a ratio of covariances; own clusters: robust but for the factor
+quietly correlate v z, covariance
+scalar covar = r(cov_12)
+quietly correlate w z, covariance
+quietly regress v w (z), robust
+same _b[w] covar/r(cov_12)
+scalar sehat = _se[w]
+gen id = _n
+quietly regress v w (z), cluster(id)
+same _se[w] sehat
+quietly regress w z
+predict double wz
+quietly regress v w (z)
+gen double part = (v - _b[w]*w - _b[_cons])^2*(wz - 0)^2
+quietly summarize wz
+replace part = (v - _b[w]*w - _b[_cons])^2*(wz - r(mean))^2
+scalar ss = r(Var)*49
+quietly summarize part
+same sehat sqrt(50/48*r(sum))/ss
+regress v w x (z x), noheader
+capture noisily regress v w x (x)
+capture noisily regress v w (z), hc2
+capture noisily regress v w (z
+quietly regress v w x (w x)
+scalar Fols = e(F)
+quietly regress v w x
+same Fols e(F)
 * ---- what is stored comes back in its order, and a replay leaves the line as it was
 quietly regress y x z
 regress, noheader cformat(%8.3f) pformat(%6.4f) sformat(%7.3f)

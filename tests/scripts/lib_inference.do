@@ -92,3 +92,38 @@ capture svmat M, names(m)
 assert _rc == 110 & c(k) == `c' + 1
 svmat double M, names(y)
 assert y1 == cond(id <= 5, x, .) & y2 == d
+* a frequency weight is so many rows, in every kind of interval and in quantile groups
+clear
+set obs 40
+gen x = mod(_n * 17, 41)
+gen byte b = mod(_n, 3) == 0
+gen w = 1 + mod(_n, 4)
+gen id = _n
+foreach how in "x" "b, binomial" "b, wilson" "x, poisson" {
+	gettoken v opts : how, parse(",")
+	quietly confint `v' [fw=w] `opts'
+	local lb = r(lb)
+	local ub = r(ub)
+	local n = r(N)
+	preserve
+	quietly expand w
+	quietly confint `v' `opts'
+	assert reldif(r(lb), `lb') < 1e-12 & reldif(r(ub), `ub') < 1e-12 & r(N) == `n'
+	restore
+}
+capture confint b [aw=w], binomial
+assert _rc == 101
+replace x = 1.5 in 1
+capture confint x, poisson
+assert _rc == 459
+capture confint x, level(5)
+assert _rc == 198
+quantiles weighted = x [fw=w], groups(5)
+quantiles within = x [fw=w], groups(5) by(b)
+quietly expand w
+quantiles whole = x, groups(5)
+quantiles inb = x, groups(5) by(b)
+quantiles first = x if b, groups(5)
+assert whole == weighted & inb == within & (first == inb | !b)
+capture quantiles more = x [fw=w], groups(3) cutpoints(x)
+assert _rc == 198

@@ -9,7 +9,7 @@ program bootstrap, rclass
 	}
 	local 0 `"`mine'"'
 	syntax [anything(name=list equalok)] [, Reps(integer 50) SEED(string) STRata(varlist) ///
-		CLuster(varlist) SAVing(string) Level(real `c(level)') NODots]
+		CLuster(varlist) SAVing(string) Level(cilevel) NODots]
 	if "`seed'" != "" {
 		set seed `seed'
 	}

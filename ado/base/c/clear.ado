@@ -3,7 +3,7 @@ program clear
 	version 12.1
 	syntax [anything(name=what)]
 	local all = inlist("`what'", "all", "_all", "*")
-	if !inlist("`what'", "", "all", "_all", "*", "results", "matrix", "programs", "ado") {
+	if !inlist("`what'", "", "all", "_all", "*", "results", "matrix", "mosa", "programs", "ado") {
 		display as error `"`what' not allowed"'
 		exit 198
 	}
@@ -17,6 +17,9 @@ program clear
 		}
 		global S_FN
 		global S_FNDATE
+	}
+	if inlist("`what'", "", "mosa") | `all' {
+		mosa_clear
 	}
 	if "`what'" == "matrix" | `all' {
 		matrix drop _all

@@ -4,6 +4,10 @@ program codebook
 	syntax [varlist] [if] [in] [, Compact TABulate(integer 9)]
 	tempvar touse
 	mark `touse' `if' `in'
+	quietly count if `touse'
+	if r(N) == 0 {
+		error 2000
+	}
 	preserve
 	quietly keep if `touse'
 	drop `touse'

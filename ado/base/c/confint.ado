@@ -1,21 +1,26 @@
 *! confidence intervals of means, proportions and rates
 program confint, rclass
 	version 12.1
-	syntax varlist(numeric) [if] [in] [, Binomial Poisson Exposure(varname numeric) ///
-		Wilson Agresti Level(real `c(level)')]
-	if `level' < 10 | `level' > 99.99 {
-		display as error "level() must lie between 10 and 99.99"
-		exit 198
-	}
+	syntax varlist(numeric) [if] [in] [fweight aweight/] [, Binomial Poisson Exposure(varname numeric) ///
+		Wilson Agresti Level(cilevel)]
 	local kind = cond("`binomial'`wilson'`agresti'" != "", "Binomial", ///
 		cond("`poisson'`exposure'" != "", "Poisson", "Mean"))
+	if "`weight'" == "aweight" & "`kind'" != "Mean" {
+		display as error "aweights not allowed with binomial or poisson"
+		exit 101
+	}
+	if "`weight'" != "" {
+		tempvar w
+		quietly gen double `w' = `exp'
+		local weights [`weight'=`w']
+	}
 	display as text _newline "    Variable {c |}     Obs        Mean   Std. Err.     [`level'% interval]"
 	display as text "{hline 13}{c +}{hline 54}"
 	foreach v of local varlist {
 		tempvar touse
-		mark `touse' `if' `in'
+		mark `touse' `if' `in' `weights'
 		markout `touse' `v' `exposure'
-		`kind' `v' `touse' `level' "`wilson'`agresti'" `exposure'
+		`kind' `v' `touse' `level' "`weights'" "`wilson'`agresti'" `exposure'
 		display as text %12s abbrev("`v'", 12) " {c |}" as result %8.0fc r(N) "   " %9.0g r(mean) "   " ///
 			%9.0g r(se) "   " %9.0g r(lb) "  " %9.0g r(ub)
 		return clear
@@ -26,8 +31,8 @@ program confint, rclass
 end
 
 program Mean, rclass
-	args v touse level
-	quietly summarize `v' if `touse'
+	args v touse level weights
+	quietly summarize `v' if `touse' `weights'
 	if r(N) == 0 {
 		error 2000
 	}
@@ -42,13 +47,13 @@ end
 
 * Exact (Clopper and Pearson 1934), score (Wilson 1927), or adjusted (Agresti and Coull 1998)
 program Binomial, rclass
-	args v touse level method
+	args v touse level weights method
 	quietly count if !inlist(`v', 0, 1) & `touse'
 	if r(N) {
 		display as error "`v' must hold 0 and 1"
 		exit 450
 	}
-	quietly summarize `v' if `touse', meanonly
+	quietly summarize `v' if `touse' `weights', meanonly
 	local n = r(N)
 	if `n' == 0 {
 		error 2000
@@ -82,15 +87,20 @@ end
 
 * Exact, through the chi-squared distribution (Garwood 1936)
 program Poisson, rclass
-	args v touse level method exposure
-	quietly summarize `v' if `touse', meanonly
+	args v touse level weights method exposure
+	quietly count if (`v' < 0 | `v' != int(`v')) & `touse'
+	if r(N) {
+		display as error "`v' must hold counts: whole numbers that are not negative"
+		exit 459
+	}
+	quietly summarize `v' if `touse' `weights', meanonly
 	local n = r(N)
 	local k = r(sum)
 	if `n' == 0 {
 		error 2000
 	}
 	if "`exposure'" != "" {
-		quietly summarize `exposure' if `touse', meanonly
+		quietly summarize `exposure' if `touse' `weights', meanonly
 		local n = r(sum)
 	}
 	local alpha = (1 - `level' / 100) / 2

@@ -8,7 +8,7 @@ program jackknife, rclass
 		exit 198
 	}
 	local 0 `"`mine'"'
-	syntax [anything(name=list equalok)] [, CLuster(varlist) SAVing(string) Level(real `c(level)') NODots]
+	syntax [anything(name=list equalok)] [, CLuster(varlist) SAVing(string) Level(cilevel) NODots]
 	quietly `command'
 	_resultlist `list'
 	local names `s(names)'

@@ -1,7 +1,7 @@
 *! tests that a sample follows a distribution, or that two samples follow the same
 program kstest, rclass
 	version 12.1
-	syntax anything(equalok) [if] [in] [, BY(varname)]
+	syntax anything(equalok id="variable") [if] [in] [, BY(varname)]
 	gettoken x rest : anything, parse("=")
 	local x = trim("`x'")
 	gettoken equal rest : rest, parse("=")

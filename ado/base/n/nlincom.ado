@@ -4,7 +4,7 @@ program nlincom, rclass
 	if `"`e(cmd)'"' == "" {
 		error 301
 	}
-	syntax anything(equalok name=exps) [, Level(real `c(level)') POST NOHEADer]
+	syntax anything(equalok name=exps) [, Level(cilevel) POST NOHEADer]
 	tempname b V d0 G W se q
 	matrix `b' = e(b)
 	matrix `V' = e(V)

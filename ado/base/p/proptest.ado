@@ -1,7 +1,7 @@
 *! tests of proportions: one sample, two samples
 program proptest, rclass
 	version 12.1
-	syntax anything(equalok) [if] [in] [, BY(varname) Level(real `c(level)')]
+	syntax anything(equalok id="variable") [if] [in] [, BY(varname) Level(cilevel)]
 	gettoken a rest : anything, parse("= ")
 	gettoken equal rest : rest, parse("= ")
 	local rest = trim(subinstr("`rest'", "=", "", .))
@@ -28,6 +28,10 @@ program proptest, rclass
 			_unab b : `rest'
 			local name2 `b'
 			Proportion `b' `touse' 2
+		}
+		else if `rest' <= 0 | `rest' >= 1 {
+			display as error "a proportion to test against lies between 0 and 1"
+			exit 198
 		}
 	}
 	local two = "`name2'" != ""

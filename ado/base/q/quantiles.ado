@@ -8,23 +8,37 @@ program quantiles, rclass sortpreserve
 		exit 198
 	}
 	confirm new variable `name'
-	local 0 `"= `0'"'
-	syntax =/exp [if] [in] [, Groups(integer 2) CUTpoints(varname numeric) BY(varlist)]
+	syntax anything(name=value id="expression" equalok) [if] [in] [fweight aweight/] ///
+		[, Groups(integer 2) CUTpoints(varname numeric) BY(varlist)]
 	if `groups' < 2 {
 		display as error "groups() must be at least 2"
 		exit 198
 	}
-	tempvar touse x
+	if "`cutpoints'" != "" & ("`by'" != "" | "`weight'" != "") {
+		display as error "cutpoints() tells the limits itself: by() and weights may not go with it"
+		exit 198
+	}
+	tempvar touse x w
 	quietly {
-		mark `touse' `if' `in'
-		gen double `x' = `exp' if `touse'
+		if "`weight'" != "" {
+			gen double `w' = `exp'
+			local weights [`weight'=`w']
+		}
+		mark `touse' `if' `in' `weights'
+		gen double `x' = `value' if `touse'
 		replace `touse' = 0 if missing(`x')
 	}
 	if "`cutpoints'" != "" {
 		ByCuts `name' `x' `touse' `cutpoints'
 	}
+	else if "`by'" == "" & `groups' <= 1000 {
+		Whole `name' `x' `touse' `groups' "`weights'"
+	}
 	else {
-		ByCounts `name' `x' `touse' `groups' "`by'"
+		if "`weight'" == "" {
+			quietly gen byte `w' = 1
+		}
+		Within `name' `x' `touse' `groups' `w' "`by'"
 	}
 	return scalar groups = `groups'
 	quietly count if missing(`name')
@@ -33,21 +47,62 @@ program quantiles, rclass sortpreserve
 	}
 end
 
-* The group of a value is that of the largest position that it holds: it is the number of
-* cut points that lie below it, plus 1.
-program ByCounts
-	args name x touse k by
-	tempvar n at cut
+* One set of quantiles: in sorted data the place where a group ends is found by halving.
+program Whole
+	args name x touse k weights
+	quietly {
+		sort `touse' `x'
+		gen int `name' = .
+		count if `touse'
+		if r(N) == 0 {
+			exit
+		}
+		local from = _N - r(N) + 1
+		_pctile `x' in `from'/l `weights', nquantiles(`k')
+		forvalues i = 1/`=`k' - 1' {
+			tempname cut`i'
+			scalar `cut`i'' = r(r`i')
+		}
+		forvalues i = 1/`=`k' - 1' {
+			* the first row of those above the cut
+			local low `from'
+			local high = _N + 1
+			while `low' < `high' {
+				local middle = int((`low' + `high') / 2)
+				if `x'[`middle'] > `cut`i'' {
+					local high `middle'
+				}
+				else {
+					local low = `middle' + 1
+				}
+			}
+			if `low' > `from' {
+				replace `name' = `i' in `from'/`=`low' - 1'
+				local from `low'
+			}
+		}
+		if `from' <= _N {
+			replace `name' = `k' in `from'/l
+		}
+		compress `name'
+	}
+end
+
+* Quantiles within groups: the value at which the running sum of weights passes its share;
+* where it meets the share exactly, the mean of this value and the next.
+program Within
+	args name x touse k w by
+	tempvar sum at cut
 	quietly {
 		sort `touse' `by' `x'
 		gen int `name' = 1 if `touse'
-		by `touse' `by': gen long `n' = _N
-		gen double `at' = .
+		by `touse' `by': gen double `sum' = sum(`w')
+		gen long `at' = .
 		gen double `cut' = .
 		forvalues i = 1/`=`k' - 1' {
-			replace `at' = `n' * `i' / `k'
-			by `touse' `by': replace `cut' = cond(`at' == int(`at'), ///
-				(`x'[`at'] + `x'[`at' + 1]) / 2, `x'[int(`at') + 1])
+			by `touse' `by': replace `at' = sum(`sum' <= `sum'[_N] * `i' / `k')
+			by `touse' `by': replace `cut' = cond(`sum'[`at'[_N]] == `sum'[_N] * `i' / `k', ///
+				(`x'[`at'[_N]] + `x'[`at'[_N] + 1]) / 2, `x'[`at'[_N] + 1])
 			replace `name' = `i' + 1 if `x' > `cut' & `touse'
 		}
 		compress `name'

@@ -18,6 +18,9 @@ program separate, rclass
 	}
 	quietly levels `group' if `touse', `missing'
 	local levels `"`r(levels)'"'
+	if `"`levels'"' == "" {
+		error 2000
+	}
 	local text = substr("`: type `group''", 1, 3) == "str"
 	local type : type `varlist'
 	local blank = cond(substr("`type'", 1, 3) == "str", `""""', ".")

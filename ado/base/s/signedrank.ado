@@ -1,7 +1,7 @@
 *! signed-rank and sign tests of pairs, or of one variable against a value
 program signedrank, rclass
 	version 12.1
-	syntax anything(equalok) [if] [in]
+	syntax anything(equalok id="variable") [if] [in]
 	gettoken a rest : anything, parse("= ")
 	local rest = trim(subinstr("`rest'", "=", "", .))
 	if "`rest'" == "" {

@@ -1,7 +1,7 @@
 *! tests of means: one sample, two samples, pairs
 program ttest, rclass
 	version 12.1
-	syntax anything(equalok) [if] [in] [, BY(varname) UNEqual Welch UNPaired Level(real `c(level)')]
+	syntax anything(equalok id="variable") [if] [in] [, BY(varname) UNEqual Welch UNPaired Level(cilevel)]
 	gettoken a rest : anything, parse("= ")
 	gettoken equal rest : rest, parse("= ")
 	local rest = trim(subinstr("`rest'", "=", "", .))

@@ -1,7 +1,7 @@
 *! tests of variances: one sample, two samples, several groups
 program vartest, rclass
 	version 12.1
-	syntax anything(equalok) [if] [in] [, BY(varname) ROBust]
+	syntax anything(equalok id="variable") [if] [in] [, BY(varname) ROBust]
 	gettoken a rest : anything, parse("= ")
 	gettoken equal rest : rest, parse("= ")
 	local rest = trim(subinstr("`rest'", "=", "", .))

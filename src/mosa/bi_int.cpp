@@ -1,0 +1,86 @@
+#include "mosa/bi_int.h"
+#include "core/missing.h"
+
+bool bi_fail(int32_t code)
+{
+    m_xrc = code;
+    return false;
+}
+
+bool bi_ismatrix(const matobj *m)
+{
+    return !mo_isfcn(m) || bi_fail(3102);
+}
+bool bi_isarray(const matobj *m)
+{
+    return bi_ismatrix(m) && (m->view == 0 || bi_fail(3103));
+}
+bool bi_isreal(const matobj *m)
+{
+    return bi_ismatrix(m) && (m->eltype == MO_REAL || bi_fail(3253));
+}
+bool bi_isnumeric(const matobj *m)
+{
+    return bi_ismatrix(m) && (m->eltype == MO_REAL || m->eltype == MO_COMPLEX || bi_fail(3251));
+}
+bool bi_isstring(const matobj *m)
+{
+    return bi_ismatrix(m) && (m->eltype == MO_STRING || bi_fail(3254));
+}
+bool bi_isscalar(const matobj *m)
+{
+    return bi_ismatrix(m) && (mo_is1by1(m) || bi_fail(3204));
+}
+
+bool bi_real(const matobj *m, double *z)
+{
+    if (!bi_isreal(m) || !bi_isscalar(m))
+        return false;
+    *z = m->view ? v_el(m, 0, 0) : *mo_re(m);
+    return true;
+}
+
+bool bi_int(const matobj *m, int32_t low, int32_t high, int32_t *n)
+{
+    double z;
+    if (!bi_real(m, &z))
+        return false;
+    if (!(z >= low && z <= high))
+        return bi_fail(3300);
+    *n = int32_t(z);
+    return true;
+}
+
+bool bi_string(const matobj *m, const char **bytes, int32_t *n)
+{
+    static char buffer[256];
+    if (!bi_isstring(m) || !bi_isscalar(m))
+        return false;
+    if (m->view) {
+        *n = v_sel(m, 0, 0, buffer);
+        *bytes = buffer;
+        return true;
+    }
+    *n = sel_len(*mo_sel(m));
+    *bytes = sel_text(*mo_sel(m));
+    return true;
+}
+
+matobj *bi_target(matobj *m, int16_t eltype)
+{
+    if (m_isfree(m) && m->eltype == eltype)
+        return m;
+    return m_mktmat(eltype, m->rows, m->cols);
+}
+
+matobj *bi_array(matobj *m)
+{
+    if (!m->view)
+        return m;
+    matobj *copy = m_mktmat(m->eltype, m->rows, m->cols);
+    if (copy && matcpy_x_x(copy, m)) {
+        mo_freemat(copy);
+        return nullptr;
+    }
+    return copy;
+}
