@@ -83,7 +83,7 @@ static void emit_member_call(const ce_member &m, const char *name, int32_t n, bo
         mop_add(0, 0, 0);
         mop_add_slit(ce_name(m.def));
         mop_add_slit(name);
-        mop_add(n + !isstatic, !isstatic, ce_stamp(m.def));
+        mop_add(n + !isstatic, ce_stamp(m.def), !isstatic);
     }
     ts_push(m.type);
 }

@@ -417,6 +417,7 @@ void dispundefinedclsmbrfcn(const matobj *definition)
     int32_t k = 0;
     bool isvirtual;
     for (; const char *member = next_undefined(definition, &k, &isvirtual); k++)
-        spout21fat(3, isvirtual ? "%s::%s not implemented\n" : "%s::%s() declared but not defined\n",
+        spout21fat(3,
+                   isvirtual ? "%s::%s not implemented\n" : "%s::%s() declared but not defined\n",
                    definition->info->name, member);
 }

@@ -51,12 +51,43 @@ static void append_current()
 static bool needs_more(int32_t t)
 {
     switch (t) {
-    case T_EQ: case T_NE: case T_LE: case T_GE: case T_CEQ: case T_CGT: case T_CGE:
-    case T_CLT: case T_CLE: case T_CNE: case T_CDIV: case T_CMUL: case T_CADD: case T_CSUB:
-    case T_COR: case T_CAND: case T_CPOW: case T_ROWTO: case T_COLTO: case T_MEMBER:
-    case T_ARROW: case '<': case '>': case '+': case '-': case '*': case '/': case '#':
-    case '^': case '|': case '&': case '\\': case ',': case '=': case '?': case ':': case '!':
-        return true;
+    case T_EQ:
+    case T_NE:
+    case T_LE:
+    case T_GE:
+    case T_CEQ:
+    case T_CGT:
+    case T_CGE:
+    case T_CLT:
+    case T_CLE:
+    case T_CNE:
+    case T_CDIV:
+    case T_CMUL:
+    case T_CADD:
+    case T_CSUB:
+    case T_COR:
+    case T_CAND:
+    case T_CPOW:
+    case T_ROWTO:
+    case T_COLTO:
+    case T_MEMBER:
+    case T_ARROW:
+    case '<':
+    case '>':
+    case '+':
+    case '-':
+    case '*':
+    case '/':
+    case '#':
+    case '^':
+    case '|':
+    case '&':
+    case '\\':
+    case ',':
+    case '=':
+    case '?':
+    case ':':
+    case '!': return true;
     default: return false;
     }
 }
@@ -75,9 +106,14 @@ static bool is_closer(int32_t t)
 static bool word_allowed(int32_t prev)
 {
     switch (m_tok) {
-    case K_NULL: case K_THIS: case K_SUPER:
-    case K_BIGVOID: case K_REALVOID: case K_COMPLEXVOID: case K_STRINGVOID: case K_POINTERVOID:
-        return true;
+    case K_NULL:
+    case K_THIS:
+    case K_SUPER:
+    case K_BIGVOID:
+    case K_REALVOID:
+    case K_COMPLEXVOID:
+    case K_STRINGVOID:
+    case K_POINTERVOID: return true;
     case K_NEW: return prev == T_MEMBER || prev == T_ARROW;
     case K_FUNCTION: return prev == '(' || cc_istypeword(prev);
     default: break;
@@ -191,8 +227,8 @@ static void postponed()
 static int32_t skip_void()
 {
     const cc_list &list = m_cc->list;
-    bool there = list.n > 3 && list.t[0].tok == '(' && list.t[1].tok == K_VOID &&
-                 list.t[2].tok == ')';
+    bool there =
+        list.n > 3 && list.t[0].tok == '(' && list.t[1].tok == K_VOID && list.t[2].tok == ')';
     return there ? 3 : 0;
 }
 

@@ -21,8 +21,8 @@
 //   a.m            a, 140 row        rows from 0 in a struct, from 1 in a class
 //   p->m           p, 112, 140 row
 //   static m       42, 163 (class, member, number of the static variable, class stamp)
-//   a.f(...)       a, arguments, 164 (class, member, n, 1, class stamp), n counting a; a static
-//                  f goes without a: n counts the arguments, then 0
+//   a.f(...)       a, arguments, 164 (class, member, n, class stamp, 1), n counting a; a static
+//                  f goes without a: n counts the arguments, and 0 stands for 1
 //   virtual        a, arguments, 165 (class, member, n, class stamp)
 //   p->f(...)      of an unknown class: p, 112, arguments, 168 (member, n)
 //   (*g)(...)      arguments, g, 112, 119 n
@@ -36,10 +36,10 @@
 #pragma once
 #include "core/limits.h"
 #include "core/state.h"
-#include "mosa/image.h"
-#include "mosa/vm.h"
 #include "mosa/compiler.h"
+#include "mosa/image.h"
 #include "mosa/mtypes.h"
+#include "mosa/vm.h"
 #include <cstddef>
 
 struct cc_abort {
@@ -93,28 +93,28 @@ enum cc_token : int32_t {
 };
 static_assert(T_ARROW == 161);
 
-extern int32_t m_tok;          // the token at hand
-extern double m_toknum;        // of T_NUM and T_IMAG
-extern char m_toktext[8704];   // of names, words and strings; the spelling of the rest
-extern int32_t m_toklen;       // bytes of m_toktext
-extern int32_t m_tokpos;       // where it begins in m_src
-extern bool m_thisisword;      // "this" is a reserved word just now
+extern int32_t m_tok;        // the token at hand
+extern double m_toknum;      // of T_NUM and T_IMAG
+extern char m_toktext[8704]; // of names, words and strings; the spelling of the rest
+extern int32_t m_toklen;     // bytes of m_toktext
+extern int32_t m_tokpos;     // where it begins in m_src
+extern bool m_thisisword;    // "this" is a reserved word just now
 
 struct m_tokstate {
     int32_t pos, prev;
 };
-int32_t m_gettok();            // fetches the next token into m_tok
-int32_t m_nexttok();           // the one after it, without moving
+int32_t m_gettok();  // fetches the next token into m_tok
+int32_t m_nexttok(); // the one after it, without moving
 int32_t m_nextnexttok();
 void m_gettoksave(m_tokstate *s);
 void m_gettokrestore(const m_tokstate *s);
-bool m_nlokay();               // at the end of a line: goes on in the next; false if there is none
-void m_skiplines();            // passes over ends of lines, demanding more text
-void m_match(int32_t t);       // demands and passes a token
-bool m_tokenis(int32_t t);     // passes it when it is there
-[[noreturn]] void m_nottoken(int32_t wanted);       // "'...' found where ... expected"
+bool m_nlokay();           // at the end of a line: goes on in the next; false if there is none
+void m_skiplines();        // passes over ends of lines, demanding more text
+void m_match(int32_t t);   // demands and passes a token
+bool m_tokenis(int32_t t); // passes it when it is there
+[[noreturn]] void m_nottoken(int32_t wanted); // "'...' found where ... expected"
 [[noreturn]] void m_nottokentext(const char *wanted);
-bool m_nameis(const char *word); // the token is this name
+bool m_nameis(const char *word);   // the token is this name
 const char *cc_tokword(int32_t t); // spelling of a token that has only one
 inline bool cc_isword(int32_t t)
 {
@@ -130,9 +130,9 @@ struct cc_pgm {
     bool indecl, isfunc;
     int32_t result;
     int32_t *code;
-    matobj *classdef;     // of the member being built, linked while it is
-    int32_t depth;        // open braces
-    int32_t exittag;      // of return statements, -1 while there is none
+    matobj *classdef; // of the member being built, linked while it is
+    int32_t depth;    // open braces
+    int32_t exittag;  // of return statements, -1 while there is none
     bool thisused;
 };
 
@@ -205,12 +205,12 @@ extern cc_block *m_cc;
 void mop_add(int32_t word);
 void mop_add(int32_t op, int32_t a);
 void mop_add(int32_t op, int32_t a, int32_t b);
-int32_t mop_add_paddr(int32_t op);              // address to come: the word to fix
-void mop_fix_paddr(int32_t word);               // it is here
+int32_t mop_add_paddr(int32_t op); // address to come: the word to fix
+void mop_fix_paddr(int32_t word);  // it is here
 void mop_add_saddr(int32_t op, int32_t address);
 void mop_bringforward(int32_t to, int32_t begin); // at most 8 words
-void mop_sto(const char *text);                 // words of text
-void mop_add_str(const char *text);             // count and text
+void mop_sto(const char *text);                   // words of text
+void mop_add_str(const char *text);               // count and text
 void mop_add_findf(const char *name);
 void mop_add_longstr(const char *text, int32_t len); // push of a string literal
 void mop_add_slit(const char *text);                 // a word that refers to a string literal
@@ -219,7 +219,7 @@ void fu_refadr(int32_t word);
 void fu_reftag(int32_t word, int32_t tag);
 void fu_refdlit(int32_t word, double z);
 void fu_refslit(int32_t word, const char *text, int32_t len);
-int32_t fu_poolwords();        // of the literals behind pc words of code
+int32_t fu_poolwords();         // of the literals behind pc words of code
 void fu_reflit(int32_t *image); // lays the pools behind the code and resolves references
 void fu_fixtags();
 int32_t fu_crtag();
@@ -231,7 +231,7 @@ void cc_optimize();
 // ---- symbols
 inline constexpr int32_t ST_FIND = 0, ST_SET = 1, ST_READ = 2, ST_REF = 3;
 int32_t st_add(const char *name, int32_t cls, int32_t kind, int32_t type); // declared
-int32_t st_find(const char *name, int32_t kind);                            // -1
+int32_t st_find(const char *name, int32_t kind);                           // -1
 // mode: set, read, or handed over by reference, which is both.
 int32_t st_findoradd(const char *name, int32_t kind, int32_t mode);
 void st_mark(int32_t sym, int32_t mode);
@@ -255,7 +255,7 @@ inline int32_t ts_top()
     return m_cc->type[m_cc->ntype - 1];
 }
 bool cc_istypeword(int32_t t);
-int32_t match_type(bool inheader);          // from the scanner; void only where it is a header
+int32_t match_type(bool inheader); // from the scanner; void only where it is a header
 int32_t match_type_list(int32_t *at, int32_t end); // from the token list
 void cc_binarytype(int32_t op, const char *label);
 [[noreturn]] void cc_mismatch(const char *label, const char *found, const char *expected);
@@ -272,7 +272,7 @@ void cc_needs(int32_t eltype, const char *label); // the top of the type stack m
 bool cc_expr(int32_t terminator, bool used);
 void cx(int32_t a, int32_t b, bool parens);
 void cx_args(int32_t a, int32_t b, int32_t *n);
-void cx_store(int32_t a, int32_t b); // the value on top into the target
+void cx_store(int32_t a, int32_t b);       // the value on top into the target
 int32_t cx_topcomma(int32_t a, int32_t b); // first comma outside brackets, or b
 void cx_call(int32_t a, int32_t open, int32_t close);
 void cx_member(int32_t a, int32_t b);
@@ -297,16 +297,16 @@ void cc_refuse_existing(const char *name, const char *subname);
 // ---- definitions
 inline constexpr int32_t ce_maxdepth = 500;
 struct ce_member {
-    matobj *def;      // class that declares it
-    int32_t kind;     // CR_VAR ...
+    matobj *def;  // class that declares it
+    int32_t kind; // CR_VAR ...
     int32_t type;
-    int32_t row;      // of a variable in an instance; number of a static
+    int32_t row; // of a variable in an instance; number of a static
     int32_t access, flags, vindex;
 };
 matobj *ce_finddef(const char *name, bool isclass); // loads; words and leaves when it is not one
 bool ce_structlookup(const matobj *def, const char *name, int32_t *row, int32_t *type);
 matobj *ce_classlookup(const char *name);
-matobj *ce_parent(const matobj *def);                 // null without one
+matobj *ce_parent(const matobj *def); // null without one
 bool ce_classvarlookup(matobj *def, const char *name, ce_member *m);
 bool ce_classfcnlookup(matobj *def, const char *name, ce_member *m);
 void ce_access(const ce_member *m, const char *name); // leaves when it may not be used here

@@ -10,12 +10,12 @@
 static constexpr int32_t maxsteps = 10000;
 
 struct op_ins {
-    int32_t at, len;     // the words it came with; len may shrink
+    int32_t at, len; // the words it came with; len may shrink
     int32_t op;
-    int32_t prev, next;  // -1 at the ends
-    int32_t target;      // of jumps, by instruction
-    int32_t ntargets;    // jumps that lead here
-    int32_t heir;        // of a deleted one
+    int32_t prev, next;   // -1 at the ends
+    int32_t target;       // of jumps, by instruction
+    int32_t ntargets;     // jumps that lead here
+    int32_t heir;         // of a deleted one
     int32_t nown, own[3]; // operands of its own, in place of its words
     bool gone;
 };
@@ -36,7 +36,7 @@ static bool ends_flow(int32_t i)
 
 static int32_t resolve(int32_t i)
 {
-    while (ins[i].gone)
+    while (i >= 0 && ins[i].gone)
         i = ins[i].heir;
     return i;
 }
@@ -341,9 +341,8 @@ static bool move_block(int32_t i)
 }
 
 using opt_rule = bool (*)(int32_t);
-static const opt_rule rules[] = {unused_load,      jumps,          store_and_pop,
-                                 compare_and_jump, load_twice,     load_and_drill,
-                                 dead_code,        move_block};
+static const opt_rule rules[] = {unused_load, jumps,          store_and_pop, compare_and_jump,
+                                 load_twice,  load_and_drill, dead_code,     move_block};
 
 // One pass over the code; whether anything changed.
 static bool second_pass()

@@ -263,12 +263,12 @@ struct opword {
 };
 // Longer spellings first.
 static const opword opwords[] = {
-    {":==", T_CEQ}, {":!=", T_CNE}, {":~=", T_CNE},  {":>=", T_CGE}, {":<=", T_CLE},
-    {"==", T_EQ},   {"!=", T_NE},   {"~=", T_NE},    {"<=", T_LE},   {">=", T_GE},
-    {"++", T_INC},  {"--", T_DEC},  {"->", T_ARROW}, {"&&", '&'},    {"||", '|'},
-    {":>", T_CGT},  {":<", T_CLT},  {":!", T_CNOT},  {":~", T_CNOT}, {":/", T_CDIV},
-    {":*", T_CMUL}, {":+", T_CADD}, {":-", T_CSUB},  {":|", T_COR},  {":&", T_CAND},
-    {":^", T_CPOW}, {":=", T_COLONSET}, {"::", T_COLTO}, {"..", T_ROWTO}, {"[|", T_LRANGE},
+    {":==", T_CEQ},   {":!=", T_CNE},       {":~=", T_CNE},    {":>=", T_CGE},  {":<=", T_CLE},
+    {"==", T_EQ},     {"!=", T_NE},         {"~=", T_NE},      {"<=", T_LE},    {">=", T_GE},
+    {"++", T_INC},    {"--", T_DEC},        {"->", T_ARROW},   {"&&", '&'},     {"||", '|'},
+    {":>", T_CGT},    {":<", T_CLT},        {":!", T_CNOT},    {":~", T_CNOT},  {":/", T_CDIV},
+    {":*", T_CMUL},   {":+", T_CADD},       {":-", T_CSUB},    {":|", T_COR},   {":&", T_CAND},
+    {":^", T_CPOW},   {":=", T_COLONSET},   {"::", T_COLTO},   {"..", T_ROWTO}, {"[|", T_LRANGE},
     {"|]", T_RRANGE}, {"*/", T_ENDCOMMENT}, {"/*", T_COMMENT},
 };
 

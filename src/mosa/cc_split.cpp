@@ -10,14 +10,14 @@ struct oprow {
 };
 // Weakest first. Rows 0 and 1 are the assignment and the conditional.
 static const oprow oprows[] = {
-    {'=', 0, "="},       {'?', 0, "?"},       {'\\', 74, "\\"},   {T_COLTO, 88, "::"},
-    {',', 58, ","},      {T_ROWTO, 87, ".."}, {T_COR, 59, ":|"},  {'|', 43, "|"},
-    {T_CAND, 60, ":&"},  {'&', 13, "&"},      {T_CEQ, 64, ":=="}, {T_EQ, 14, "=="},
-    {T_CGE, 65, ":>="},  {T_GE, 15, ">="},    {T_CLE, 66, ":<="}, {T_LE, 16, "<="},
-    {T_CLT, 67, ":<"},   {'<', 18, "<"},      {T_CGT, 68, ":>"},  {'>', 17, ">"},
-    {T_CNE, 69, ":!="},  {T_NE, 19, "!="},    {T_CADD, 70, ":+"}, {'+', 32, "+"},
-    {T_CSUB, 61, ":-"},  {'-', 36, "-"},      {T_CMUL, 62, ":*"}, {'*', 21, "*"},
-    {'#', 86, "#"},      {T_CDIV, 63, ":/"},  {'/', 73, "/"},     {T_CPOW, 77, ":^"},
+    {'=', 0, "="},      {'?', 0, "?"},       {'\\', 74, "\\"},   {T_COLTO, 88, "::"},
+    {',', 58, ","},     {T_ROWTO, 87, ".."}, {T_COR, 59, ":|"},  {'|', 43, "|"},
+    {T_CAND, 60, ":&"}, {'&', 13, "&"},      {T_CEQ, 64, ":=="}, {T_EQ, 14, "=="},
+    {T_CGE, 65, ":>="}, {T_GE, 15, ">="},    {T_CLE, 66, ":<="}, {T_LE, 16, "<="},
+    {T_CLT, 67, ":<"},  {'<', 18, "<"},      {T_CGT, 68, ":>"},  {'>', 17, ">"},
+    {T_CNE, 69, ":!="}, {T_NE, 19, "!="},    {T_CADD, 70, ":+"}, {'+', 32, "+"},
+    {T_CSUB, 61, ":-"}, {'-', 36, "-"},      {T_CMUL, 62, ":*"}, {'*', 21, "*"},
+    {'#', 86, "#"},     {T_CDIV, 63, ":/"},  {'/', 73, "/"},     {T_CPOW, 77, ":^"},
     {'^', 23, "^"},
 };
 static constexpr int32_t noprows = int32_t(sizeof oprows / sizeof oprows[0]);
@@ -422,7 +422,9 @@ static void subscript(int32_t a, int32_t b)
 static bool by_first(int32_t a, int32_t b)
 {
     switch (tk(a)->tok) {
-    case T_STR: case T_NUM: case T_IMAG:
+    case T_STR:
+    case T_NUM:
+    case T_IMAG:
         need_single(a, b);
         literal(*tk(a));
         return true;
@@ -430,7 +432,8 @@ static bool by_first(int32_t a, int32_t b)
     case '!': not_value(a, b); return true;
     case '*': dereference(a, b); return true;
     case '&': cx_address(a, b); return true;
-    case T_INC: case T_DEC: cc_err("invalid use of ++ or --\n");
+    case T_INC:
+    case T_DEC: cc_err("invalid use of ++ or --\n");
     case K_NULL:
         need_single(a, b);
         mop_add(114);

@@ -249,14 +249,38 @@ static bool declaration()
 static bool keyword_stmt()
 {
     switch (m_tok) {
-    case K_IF: m_gettok(); if_stmt(); return true;
-    case K_FOR: m_gettok(); for_stmt(); return true;
-    case K_WHILE: m_gettok(); while_stmt(); return true;
-    case K_DO: m_gettok(); do_stmt(); return true;
-    case K_BREAK: m_gettok(); leave_loop(m_cc->breaktag); return true;
-    case K_CONTINUE: m_gettok(); leave_loop(m_cc->conttag); return true;
-    case K_GOTO: m_gettok(); goto_stmt(); return true;
-    case K_RETURN: m_gettok(); return_stmt(); return true;
+    case K_IF:
+        m_gettok();
+        if_stmt();
+        return true;
+    case K_FOR:
+        m_gettok();
+        for_stmt();
+        return true;
+    case K_WHILE:
+        m_gettok();
+        while_stmt();
+        return true;
+    case K_DO:
+        m_gettok();
+        do_stmt();
+        return true;
+    case K_BREAK:
+        m_gettok();
+        leave_loop(m_cc->breaktag);
+        return true;
+    case K_CONTINUE:
+        m_gettok();
+        leave_loop(m_cc->conttag);
+        return true;
+    case K_GOTO:
+        m_gettok();
+        goto_stmt();
+        return true;
+    case K_RETURN:
+        m_gettok();
+        return_stmt();
+        return true;
     default: return false;
     }
 }

@@ -315,19 +315,34 @@ static int32_t type_binary(const pair &p, int32_t op)
 {
     int32_t both = org_both(p.orga, p.orgb);
     switch (op) {
-    case 58: case 74: return type_join(p, op);
-    case 87: case 88: return type_range(p, op);
-    case 43: case 13: both_numeric(p, true); return ty(MT_REAL, OT_SCALAR);
-    case 59: case 60: both_numeric(p, false); return ty(MT_REAL, both);
-    case 14: case 19: return ty(MT_REAL, OT_SCALAR);
-    case 64: case 69: return ty(MT_REAL, both);
-    case 15: case 16: case 17: case 18: case 65: case 66: case 67: case 68:
+    case 58:
+    case 74: return type_join(p, op);
+    case 87:
+    case 88: return type_range(p, op);
+    case 43:
+    case 13: both_numeric(p, true); return ty(MT_REAL, OT_SCALAR);
+    case 59:
+    case 60: both_numeric(p, false); return ty(MT_REAL, both);
+    case 14:
+    case 19: return ty(MT_REAL, OT_SCALAR);
+    case 64:
+    case 69: return ty(MT_REAL, both);
+    case 15:
+    case 16:
+    case 17:
+    case 18:
+    case 65:
+    case 66:
+    case 67:
+    case 68:
         // Pointers have an error of their own when they are compared.
         if (p.ela != MT_POINTER && p.elb != MT_POINTER)
             same_kind(p);
         return op < 64 ? ty(MT_REAL, OT_SCALAR) : ty(MT_REAL, both);
-    case 32: case 70: return ty(same_kind(p), both);
-    case 21: case 62: return type_times(p, op == 62);
+    case 32:
+    case 70: return ty(same_kind(p), both);
+    case 21:
+    case 62: return type_times(p, op == 62);
     case 86: {
         both_numeric(p, false);
         bool scalars = p.orga == OT_SCALAR && p.orgb == OT_SCALAR;
