@@ -24,7 +24,6 @@ inline void ms_begin()
 {
     session();
     static bool once = [] {
-        m_biinit();
         return mosastakinit(1) == 0;
     }();
     ASSERT_TRUE(once);
