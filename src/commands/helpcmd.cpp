@@ -150,6 +150,8 @@ int32_t ti_cmdlookup(int32_t)
     std::vector<helphit> hits = help_search(words);
     outlev_keep keep(1);
     if (words.empty() || hits.empty()) {
+        if (!help_indexed())
+            return errout(RC_FILENOTFOUND, "the index of help was not found\n");
         spoutsml("{txt}no page of help has ");
         spout21(words.size() > 1 ? "all of " : "");
         spout21(topic.c_str());

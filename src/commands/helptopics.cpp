@@ -197,6 +197,8 @@ static bool begins_a_word(std::string_view text, std::string_view word)
     return false;
 }
 
+bool help_indexed() { return path_isfile(help_dir() + "index"); }
+
 std::vector<helphit> help_search(const std::vector<str> &words)
 {
     std::vector<helphit> hits;

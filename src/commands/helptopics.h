@@ -26,4 +26,5 @@ struct helphit {
     int rank; // 0 the page itself, 1 in its title, 2 in its text
 };
 // Pages in which each of the words begins some word; best first.
+bool help_indexed();  // there is an index to search
 std::vector<helphit> help_search(const std::vector<std::string> &words);

@@ -3,6 +3,7 @@
 //   oneway y group [if] [in] [weight] [, tabulate [no]means [no]standard [no]freq noanova
 //          missing nolabel bonferroni scheffe sidak]
 #include "commands/categories.h"
+#include "commands/groupmeans.h"
 #include "core/missing.h"
 #include "core/progress.h"
 #include "core/rc.h"
@@ -25,15 +26,12 @@ namespace {
 
 constexpr int32_t most_groups = 376;
 
-struct group {
-    double n = 0, w = 0, mean = 0, m2 = 0;  // observations, weight, running mean and squares
-};
 struct anova {
     bool tabulate, means, standard, freq, table, missing, nolabel;
     bool bonferroni, scheffe, sidak;
     int32_t y;
     categories g;
-    std::vector<group> groups;  // by the number met
+    std::vector<groupsum> groups;  // by the number met
     double N, ssb, ssw, sst, dfb, dfw, mse, F, scale;
 };
 
@@ -88,12 +86,7 @@ int32_t collect(anova *a)
             return error(134);
         if (size_t(k) >= a->groups.size())
             a->groups.resize(size_t(k) + 1);
-        group *g = &a->groups[size_t(k)];
-        double d = y - g->mean;  // West (1979)
-        g->n += counts ? w : 1;
-        g->w += w;
-        g->mean += d * w / g->w;
-        g->m2 += w * d * (y - g->mean);
+        gs_add(&a->groups[size_t(k)], y, w, counts);
     }
     category_sort(&a->g);
     return a->groups.empty() ? errout(RC_NOOBS, "no observations\n") : 0;
@@ -103,14 +96,14 @@ void analyse(anova *a)
 {
     double w = 0, mean = 0;
     a->N = a->ssw = a->ssb = 0;
-    for (const group &g : a->groups) {
+    for (const groupsum &g : a->groups) {
         a->N += g.n;
         w += g.w;
         mean += (g.mean - mean) * g.w / w;
         a->ssw += g.m2;
     }
     a->scale = a->N / w;
-    for (const group &g : a->groups)
+    for (const groupsum &g : a->groups)
         a->ssb += g.w * (g.mean - mean) * (g.mean - mean);
     a->ssb *= a->scale;
     a->ssw *= a->scale;
@@ -136,48 +129,30 @@ std::string name_of(const anova *a, size_t rank, double width)
     return str_abbrev(buf, s.substr(0, 240).c_str(), width);
 }
 
-void summary_row(const anova *a, const char *name, const group &g)
-{
-    char b[64];
-    spout21fat(1, "%11s |", name);
-    double scale = parinfo->pi_hasexp && parinfo->pi_wtype == W_AW ? g.n / g.w : 1;
-    if (a->means)
-        spout21fat(0, "%12s", num(b, g.mean, "%10.0g"));
-    if (a->standard)
-        spout21fat(0, "%12s", num(b, g.n > 1 ? std::sqrt(g.m2 * scale / (g.n - 1)) : g.n == 1 ? 0 : misval,
-                                  "%10.0g"));
-    if (a->freq)
-        spout21fat(0, "%12s", num(b, g.n, "%10.0g"));
-    newline();
-}
-
 void summary(const anova *a)
 {
     char name[246];
-    std::string rule(size_t(a->means + a->standard + a->freq) * 12, '-');
-    str_abbrev(name, _varlist[a->g.var - 1], 11);
-    spout21f("\n%11s |%s%s%s\n", name, a->means ? "        Mean" : "",
-             a->standard ? "   Std. Dev." : "", a->freq ? "       Freq." : "");
-    spout21f("------------+%s\n", rule.c_str());
-    group all;
+    meanscolumns c;
+    c.means = a->means;
+    c.standard = a->standard;
+    c.freq = a->freq;
+    c.scaled = parinfo->pi_hasexp && parinfo->pi_wtype == W_AW;
+    gs_heading(c, str_abbrev(name, _varlist[a->g.var - 1], 11), "");
+    groupsum all;
     for (size_t r = 0; r < a->groups.size(); r++) {
-        const group &g = a->groups[size_t(a->g.order[r])];
-        summary_row(a, name_of(a, r, 11).c_str(), g);
-        double d = g.mean - all.mean, w = all.w + g.w;
-        all.m2 += g.m2 + d * d * all.w * g.w / w;
-        all.mean += d * g.w / w;
-        all.w = w;
-        all.n += g.n;
+        const groupsum &g = a->groups[size_t(a->g.order[r])];
+        gs_row(c, name_of(a, r, 11), g);
+        gs_join(&all, g);
     }
-    spout21f("------------+%s\n", rule.c_str());
-    summary_row(a, "Total", all);
+    gs_rule(c);
+    gs_row(c, "Total", all);
 }
 
 // Bartlett's test (1937) of equal variances, where every group has one.
 void bartlett(const anova *a)
 {
     double logs = 0, inv = 0;
-    for (const group &g : a->groups) {
+    for (const groupsum &g : a->groups) {
         double v = g.n > 1 ? g.m2 / (g.n - 1) : 0;
         if (!(v > 0))
             return;
@@ -249,14 +224,14 @@ int32_t compare(const anova *a, method m)
             spout21f("%11s", name_of(a, j, 9).c_str());
         spout21f("\n---------+%s\n", std::string((to - from) * 11, '-').c_str());
         for (size_t i = from + 1; i < k; i++) {
-            const group &gi = a->groups[size_t(a->g.order[i])];
+            const groupsum &gi = a->groups[size_t(a->g.order[i])];
             size_t end = std::min(i, to);
             spout21f("%8s |", name_of(a, i, 8).c_str());
             for (size_t j = from; j < end; j++)
                 spout21fat(0, "%11s", num(b, gi.mean - a->groups[size_t(a->g.order[j])].mean, "%8.0g"));
             spout21("\n         |");
             for (size_t j = from; j < end; j++) {
-                const group &gj = a->groups[size_t(a->g.order[j])];
+                const groupsum &gj = a->groups[size_t(a->g.order[j])];
                 double se = std::sqrt(a->mse * (1 / gi.n + 1 / gj.n));
                 double p = a->mse < misval && se > 0
                                ? adjusted(a, m, std::fabs(gi.mean - gj.mean) / se)

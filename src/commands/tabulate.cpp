@@ -1,5 +1,6 @@
 // commands/tabulate.cpp - tabulate: frequencies of one variable, or of two against each other.
 #include "commands/categories.h"
+#include "commands/groupmeans.h"
 #include "commands/tabstats.h"
 #include "core/mem.h"
 #include "core/missing.h"
@@ -31,6 +32,9 @@ struct tabcmd {
     bool missing, nolabel, sort, plot, freq, row, col, cell, key;
     char stub[33], matcell[33], matrow[33], matcol[33];
     int32_t nvar;
+    int32_t sumvar = 0;          // summarize(): the variable whose means are shown
+    meanscolumns show;
+    std::vector<groupsum> sums;  // as freqs, then as cellw
     tabstats stats;
     categories r, c;
     std::vector<double> freqs;  // by numbers met: r + c * nrows at the end (see tally)
@@ -60,6 +64,13 @@ int32_t parse(tabcmd *t)
     ti_pi_findargn(tokinfo, parinfo, "matcell", 4, t->matcell, 33, 1);
     ti_pi_findargn(tokinfo, parinfo, "matrow", 4, t->matrow, 33, 1);
     ti_pi_findargn(tokinfo, parinfo, "matcol", 4, t->matcol, 33, 1);
+    char text[81];
+    if (ti_pi_findargn(tokinfo, parinfo, "summarize", 2, text, 80, 1) && (rc = stat_numvar(text, &t->sumvar)))
+        return rc;
+    t->show.means = stat_option("means", 2, true);
+    t->show.standard = stat_option("standard", 2, true);
+    t->show.freq = t->freq;
+    t->show.scaled = parinfo->pi_hasexp && parinfo->pi_wtype == W_AW;
     tabstats_options(&t->stats);
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
@@ -105,6 +116,9 @@ int32_t tally(tabcmd *t)
                                          : dsa_data(sysdsa, uint32_t(v), uint32_t(obs)) >= misval)
                 continue;
         }
+        double y = t->sumvar ? dsa_data(sysdsa, uint32_t(t->sumvar), uint32_t(obs)) : 0;
+        if (y >= misval)
+            continue;
         int32_t i = category_at(&t->r, obs, t->missing, maxr);
         if (i == -1)
             continue;
@@ -112,8 +126,12 @@ int32_t tally(tabcmd *t)
         if (i < 0 || j < 0)
             return error(134);
         size_t at = size_t(i) * size_t(width) + size_t(j);
-        if (at >= t->freqs.size())
+        if (at >= t->freqs.size()) {
             t->freqs.resize((size_t(i) + 1) * size_t(width));
+            t->sums.resize(t->sumvar ? t->freqs.size() : 0);
+        }
+        if (t->sumvar)
+            gs_add(&t->sums[at], y, w, parinfo->pi_hasexp && parinfo->pi_wtype != W_AW);
         t->freqs[at] += w;
         t->total += w;
         counted++;
@@ -123,11 +141,16 @@ int32_t tally(tabcmd *t)
         category_sort(&t->c);
     int32_t nc = t->nvar == 2 ? t->c.count() : 1;
     t->cellw.assign(size_t(t->r.count()) * size_t(nc), 0);
+    std::vector<groupsum> bynumber(std::move(t->sums));
+    t->sums.assign(t->sumvar ? t->cellw.size() : 0, {});
     for (int32_t i = 0; i < t->r.count(); i++)
         for (int32_t j = 0; j < nc; j++) {
             size_t from = size_t(t->r.order[size_t(i)]) * size_t(width) +
                           size_t(t->nvar == 2 ? t->c.order[size_t(j)] : 0);
-            t->cellw[size_t(i) * size_t(nc) + size_t(j)] = t->freqs[from];
+            size_t to = size_t(i) * size_t(nc) + size_t(j);
+            t->cellw[to] = t->freqs[from];
+            if (t->sumvar)
+                t->sums[to] = bynumber[from];
         }
     // Analytic weights count for as many observations as there are.
     if (parinfo->pi_hasexp && parinfo->pi_wtype == W_AW && t->total > 0) {
@@ -191,6 +214,24 @@ int32_t label_width(const categories &c, bool nolabel, int32_t least, int32_t mo
     return std::min(w, most);
 }
 
+// One line a category, with the mean, the deviation and the frequency.
+int32_t print_means(tabcmd *t)
+{
+    t->show.label = label_width(t->r, t->nolabel, 11, 30);
+    gs_heading(t->show, cut(title_of(t->r.var), t->show.label), "Summary of " + title_of(t->sumvar));
+    groupsum all;
+    for (int32_t i = 0; i < t->r.count(); i++) {
+        const groupsum &g = t->sums[size_t(i)];
+        gs_row(t->show, cut(category_text(&t->r, i, t->nolabel), t->show.label), g);
+        gs_join(&all, g);
+        if (stopflag)
+            return stopflag;
+    }
+    gs_rule(t->show);
+    gs_row(t->show, "Total", all);
+    return stopflag;
+}
+
 int32_t print_oneway(tabcmd *t)
 {
     int32_t line = omlquery_maxwidth(oml_cur);
@@ -248,7 +289,18 @@ void print_key(const tabcmd *t)
     static const char *const words[] = {"frequency", "row percentage", "column percentage",
                                         "cell percentage"};
     const bool on[] = {t->freq, t->row, t->col, t->cell};
-    if (!t->key || on[0] + on[1] + on[2] + on[3] < 2)
+    if (t->sumvar) {
+        static const char *const what[] = {"Means", "Standard Deviations", "Frequencies"};
+        const bool shown[] = {t->show.means, t->show.standard, t->show.freq};
+        std::string head;
+        for (int k = 0, left = shown[0] + shown[1] + shown[2]; k < 3; k++)
+            if (shown[k]) {
+                left--;
+                head += what[k] + std::string(left > 1 ? ", " : left == 1 ? " and " : "");
+            }
+        spout21f("\n%*s%s of %s\n", 16, "", head.c_str(), title_of(t->sumvar).c_str());
+    }
+    if (t->sumvar || !t->key || on[0] + on[1] + on[2] + on[3] < 2)
         return;
     spout21at(1, "\n+-------------------+\n| Key               |\n|-------------------|\n");
     for (int i = 0; i < 4; i++)
@@ -261,7 +313,33 @@ void print_key(const tabcmd *t)
 
 struct margins {
     std::vector<double> row, col;
+    std::vector<groupsum> rowsum, colsum;
+    groupsum all;
 };
+
+// What the cells hold, line by line: frequency and percentages, or a summary.
+struct celllines {
+    bool on[7];
+    int32_t n = 0;
+};
+celllines lines_of(const tabcmd *t)
+{
+    bool sum = t->sumvar != 0;
+    celllines l = {{t->freq && !sum, t->row && !sum, t->col && !sum, t->cell && !sum,
+                    sum && t->show.means, sum && t->show.standard, sum && t->show.freq}};
+    for (bool b : l.on)
+        l.n += b;
+    return l;
+}
+
+// Row i and column j, -1 and the number of columns for the margins.
+const groupsum &sum_at(const tabcmd *t, const margins &m, int32_t i, int32_t j)
+{
+    int32_t nc = t->c.count();
+    if (j == nc)
+        return i < 0 ? m.all : m.rowsum[size_t(i)];
+    return i < 0 ? m.colsum[size_t(j)] : t->sums[size_t(i) * size_t(nc) + size_t(j)];
+}
 
 // The lines of one row of the table: frequency and whichever percentages are asked for.
 void print_row(const tabcmd *t, const margins &m, const std::string &label, int32_t w, int32_t i,
@@ -269,10 +347,10 @@ void print_row(const tabcmd *t, const margins &m, const std::string &label, int3
 {
     char buf[64];
     int32_t nc = t->c.count();
-    const bool on[] = {t->freq, t->row, t->col, t->cell};
+    celllines lines = lines_of(t);
     bool first = true;
-    for (int k = 0; k < 4; k++) {
-        if (!on[k])
+    for (int k = 0; k < 7; k++) {
+        if (!lines.on[k])
             continue;
         spout21fat(1, "%*s |", w, first ? label.c_str() : "");
         first = false;
@@ -287,7 +365,11 @@ void print_row(const tabcmd *t, const margins &m, const std::string &label, int3
                 spout21at(1, " |");
             if (k == 0)
                 fnum(buf, sizeof buf, f);
-            else
+            else if (k > 3) {
+                const groupsum &g = sum_at(t, m, i, margin ? nc : j);
+                double z = k == 6 ? g.n : k == 5 ? gs_sd(g, t->show.scaled) : g.n > 0 ? g.mean : misval;
+                fmtnumtrim(buf, sizeof buf, z, "%9.0g");
+            } else
                 snprintf(buf, sizeof buf, "%.2f",
                          100 * f / (k == 1 ? rowsum : k == 2 ? colsum : t->total));
             spout21fat(0, margin ? "%*s" : "%*s", margin ? cellw_ - 1 : cellw_, buf);
@@ -324,7 +406,7 @@ int32_t print_panel(const tabcmd *t, const margins &m, int32_t w, int32_t from, 
         spout21fat(1, "%*s", cellw_, cut(category_text(&t->c, j, t->nolabel), cellw_ - 1).c_str());
     spout21fat(1, " |%*s\n", cellw_ - 1, "Total");
     print_rule(w, to - from);
-    bool many = t->freq + t->row + t->col + t->cell > 1;
+    bool many = lines_of(t).n > 1;
     for (int32_t i = 0; i < t->r.count(); i++) {
         print_row(t, m, cut(category_text(&t->r, i, t->nolabel), w), w, i, from, to);
         if (many || i == t->r.count() - 1)
@@ -342,11 +424,19 @@ int32_t print_twoway(tabcmd *t)
     margins m;
     m.row.assign(size_t(nr), 0);
     m.col.assign(size_t(nc), 0);
+    m.rowsum.resize(size_t(nr));
+    m.colsum.resize(size_t(nc));
     for (int32_t i = 0; i < nr; i++)
         for (int32_t j = 0; j < nc; j++) {
             double f = t->cellw[size_t(i) * size_t(nc) + size_t(j)];
             m.row[size_t(i)] += f;
             m.col[size_t(j)] += f;
+            if (t->sumvar) {
+                const groupsum &g = t->sums[size_t(i) * size_t(nc) + size_t(j)];
+                gs_join(&m.rowsum[size_t(i)], g);
+                gs_join(&m.colsum[size_t(j)], g);
+                gs_join(&m.all, g);
+            }
         }
     int32_t w = label_width(t->r, t->nolabel, 10, 20);
     int32_t room = (line - w - 4 - cellw_) / cellw_;
@@ -430,8 +520,11 @@ int32_t tabulate(int32_t)
         retval_set_gscalar(t.c.count(), "c");
     if (!t.r.count())
         return error(RC_NOOBS);
-    bool shown = t.freq || t.row || t.col || t.cell;  // or the tests alone
-    rc = t.nvar == 1 ? print_oneway(&t) : shown ? print_twoway(&t) : 0;
+    bool shown = lines_of(&t).n > 0;  // or the tests alone
+    if (t.nvar == 1)
+        rc = t.sumvar ? print_means(&t) : print_oneway(&t);
+    else
+        rc = shown ? print_twoway(&t) : 0;
     if (rc || (rc = leave_matrices(&t)))
         return rc;
     if (t.nvar == 2

@@ -289,11 +289,8 @@ void doepilog(doframe *f, int32_t kind)
         leave_shared(f);
         return;
     }
-<<<<<<< HEAD
     progress_level(ovata_level - 1);
-=======
     rc_shown = false;
->>>>>>> main
     uint8_t pgmclass = program_class;
     leave_settings(f);
     if (::estrestore)

@@ -9,8 +9,10 @@ namespace
 // What preparing a class made; its address stands in the definition.
 struct cls_rt {
     matobj *parent; // prepared, or null
-    int32_t nrows;  // of an instance
+    cls_rt *prev, *next;
+    int32_t nrows; // of an instance
 };
+cls_rt *prepared; // all of them
 
 cls_rt *runtime(const matobj *def)
 {
@@ -191,6 +193,9 @@ static int32_t prepare(matobj *def, int32_t depth)
     rt->nrows = code[CW_FIRSTSLOT] + code[CW_NVARS];
     if ((rt->parent = parent))
         parent->links++;
+    if ((rt->next = prepared))
+        prepared->prev = rt;
+    prepared = rt;
     memcpy(code + CW_RUNTIME, &rt, sizeof rt);
     for (int32_t k = 0; k < code[CW_NSTATICS]; k++) {
         int32_t *rec = code + code[CW_STATICS] + 7 * k;
@@ -228,6 +233,9 @@ void m_rt_freeclassdef(matobj *definition)
             mo_unlink(value);
     }
     matobj *parent = rt->parent;
+    (rt->prev ? rt->prev->next : prepared) = rt->next;
+    if (rt->next)
+        rt->next->prev = rt->prev;
     safefree(rt);
     if (parent)
         mo_unlink(parent);
@@ -343,7 +351,7 @@ static bool fill_members(matobj *instance, const matobj *def, int32_t depth)
     return true;
 }
 
-// new() of the eldest first. made counts the classes whose new() came to its end.
+// new() of the eldest first.
 static bool construct(matobj *instance, matobj *def)
 {
     matobj *parent = cls_parent(def);

@@ -170,22 +170,6 @@ void opcastp()
         definition_of(mo_pel(p)[0]);
 }
 
-void opcastcls()
-{
-    const matobj *m = *m_stak;
-    const char *cls = pool_text(m_vm.pc[1]);
-    if (no_mat(m))
-        return;
-    bool null = m->eltype <= MO_POINTER && mo_is1by1(m) && !mo_pel(m)[0];
-    if (!null || !m_vm.pc[2]) {
-        const matobj *object = m->eltype == MO_POINTER && mo_is1by1(m) ? mo_pel(m)[0] : m;
-        matobj *def = object ? definition_of(object) : nullptr;
-        if (!def || !cls_isa(def, cls))
-            return fail(3260);
-    }
-    m_vm.pc += 2;
-}
-
 // The prepared definition of the class in a literal; null with m_xrc set.
 static matobj *class_at(int32_t word, int32_t stamp)
 {
@@ -197,6 +181,23 @@ static matobj *class_at(int32_t word, int32_t stamp)
         return nullptr;
     }
     return def;
+}
+
+// The object on top, or what the pointer on top points to, is of the class or of one that
+// extends it.
+void opcastcls()
+{
+    const matobj *m = *m_stak;
+    if (no_mat(m))
+        return;
+    if (m->eltype == MO_POINTER && mo_is1by1(m) && mo_pel(m)[0])
+        m = mo_pel(m)[0];
+    matobj *def = definition_of(m);
+    if (!def || !class_at(m_vm.pc[1], m_vm.pc[2]))
+        return;
+    if (!cls_isa(def, pool_text(m_vm.pc[1])))
+        return fail(3260);
+    m_vm.pc += 2;
 }
 
 void opldstatic()

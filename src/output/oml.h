@@ -66,12 +66,13 @@ int32_t oml_query_log_err(const oml *o);         // 0, or 693 after a failed log
 
 // Rendering for a file or another program: a record of its own that hands the routine plain
 // text in ASCII, or with marks the text in UTF-8 and in it
-//   omlmark_style, a byte 32 + style (omlst_... bits)         omlmark_link, a page's name, omlmark_end
+//   omlmark_style, a byte 32 + style (omlst_... bits)    omlmark_page, where a page begins
+//   omlmark_link, a page's name, omlmark_end
 // Close it with omlclose. Null without memory.
 [[nodiscard]] oml *omlsend_genascii_begin(int32_t width, bool marks, oml_userfn fn, void *arg);
 int32_t omlsend_genascii(oml *o, const char *markup);
 int32_t omlsend_genascii_raw(oml *o, const char *text);
-inline constexpr char omlmark_style = 1, omlmark_link = 2, omlmark_end = 3;
+inline constexpr char omlmark_style = 1, omlmark_link = 2, omlmark_end = 3, omlmark_page = 12;
 enum : uint8_t {  // of the style byte; the two lowest bits are a colour
     omlst_result = 1, omlst_error = 2, omlst_command = 3, omlst_color = 3,
     omlst_bold = 4, omlst_italic = 8, omlst_under = 16, omlst_link = 32,
@@ -80,7 +81,6 @@ enum : uint8_t {  // of the style byte; the two lowest bits are a colour
 // Paging. omlmore returns the key, or 0 when no prompt is due.
 int32_t omlmore(oml *o);
 void sysinitmore(int32_t moretime);
-<<<<<<< HEAD
 // What the screen is told; the terminal fills it in, and empty texts do without.
 struct omlscreen {
     const char *wipe = "";  // the line the cursor is in, and to its start
@@ -88,9 +88,7 @@ struct omlscreen {
     const char *sane = "";  // attributes off, the cursor shown
 };
 extern omlscreen oml_screen;
-=======
 bool omlpromptset(const char *markup);  // the form of the prompt; false without memory
->>>>>>> main
 // The routine a console hands to omlset_user: shows the prompt and waits for a key.
 int32_t sysmore(const char *text, size_t n, void *arg);
 

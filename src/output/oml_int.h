@@ -67,6 +67,7 @@ void lay_newline(layout *l);
 void lay_para(layout *l, int32_t ind1, int32_t ind2, int32_t rmargin, int32_t skip);
 void lay_paraend(layout *l);
 void lay_break(layout *l);
+void lay_newpage(layout *l);                // where there are pages; elsewhere a paragraph ends
 void lay_hline(layout *l, int32_t n);       // 0: to the right margin
 void lay_glyph(layout *l, const char *p, size_t n, int32_t cols);
 void lay_linkmark(layout *l, const char *p, size_t n);  // where a link leads, when marks are wanted

@@ -4,11 +4,8 @@
 // placed; blanks stay as typed, a line end counts as one, an empty line ends it. Bytes 0x80 to
 // 0xBF take no column, so a character of several bytes is never cut.
 #include "core/files.h"
-<<<<<<< HEAD
 #include "core/progress.h"
-=======
 #include "output/oml_int.h"
->>>>>>> main
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -303,6 +300,13 @@ void lay_paraend(layout *l)
     }
     if (l->col)
         endline(l);
+}
+
+void lay_newpage(layout *l)
+{
+    lay_paraend(l);
+    if (l->color == COL_MARKS)
+        io_put(&l->io, &omlmark_page, 1);
 }
 
 void lay_break(layout *l)

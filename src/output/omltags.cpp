@@ -143,7 +143,7 @@ static int32_t t_break(oml *o, const omltag *, omltext_t, const omltext_t *)
 }
 static int32_t t_newpage(oml *o, const omltag *, omltext_t, const omltext_t *)
 {
-    EACH(o, lay_paraend(l));
+    EACH(o, lay_newpage(l));
     return 1;
 }
 static int32_t t_joined(oml *o, const omltag *, omltext_t, const omltext_t *)

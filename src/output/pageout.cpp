@@ -161,10 +161,16 @@ void pageout::lineend()
     if (!started)
         drawhead();
     col = 0;
-    if (++line < lines)
+    if (++line == lines)
+        newpage();
+}
+
+void pageout::newpage()
+{
+    if (!started)
         return;
     lib->cairo_show_page(pen(this));
-    line = 0;
+    line = col = 0;
     page++;
     started = false;
 }

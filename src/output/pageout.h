@@ -18,6 +18,7 @@ struct pageout final : markreader {
     ~pageout() override;
     void run(uint8_t style, const std::string &link, const char *p, size_t n) override;
     void lineend() override;
+    void newpage() override;
     void drawhead();
     void text(uint8_t style, double x, double y, const std::string &s);
 

@@ -71,12 +71,15 @@ void markreader::take(const char *p, size_t n)
             continue;
         }
         const char *q = p;
-        while (q < end && *q != '\n' && *q != omlmark_style && *q != omlmark_link)
+        while (q < end && *q != '\n' && *q != omlmark_style && *q != omlmark_link &&
+               *q != omlmark_page)
             q++;
         if (q > p)
             run(instyle, instyle & omlst_link ? tolink : str(), p, size_t(q - p));
         if (q < end && *q == '\n')
             lineend();
+        else if (q < end && *q == omlmark_page)
+            newpage();
         else if (q < end)
             pending = *q;
         p = q < end ? q + 1 : q;

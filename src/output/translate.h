@@ -28,6 +28,7 @@ struct markreader {
     // A run without line ends, in one style; link is a page's name or empty.
     virtual void run(uint8_t style, const std::string &link, const char *p, size_t n) = 0;
     virtual void lineend() = 0;
+    virtual void newpage() {}
     void take(const char *p, size_t n);
 
   private:

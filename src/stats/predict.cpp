@@ -3,11 +3,8 @@
 //   _predict [type] newvar [if] [in] [, statistic equation(name)]
 #include "core/mem.h"
 #include "core/missing.h"
-<<<<<<< HEAD
-#include "core/progress.h"
-=======
 #include "core/numtext.h"
->>>>>>> main
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/dsa.h"

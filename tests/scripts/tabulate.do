@@ -37,3 +37,25 @@ tabulate g s [aw=g], nofreq chi2
 tabulate g [aw=g], gen(d)
 list g d* in 1/3
 assert missing(d1) if g == 0
+* summaries of a measure in the groups, and the same by hand
+drop _all
+set obs 40
+set seed 8
+gen byte a = 1 + mod(_n, 3)
+gen byte b = _n > 25
+gen w = 1 + mod(_n, 4)
+gen x = a*10 + b + (_n - 20)/50
+replace x = . in 3
+label variable x "the measure"
+tabulate a, summarize(x)
+tabulate a b, summarize(x)
+forvalues i = 1/3 {
+	summarize x if a == `i' & b == 1
+}
+tabulate a b [aw=w], summarize(x) nofreq
+summarize x [aw=w] if a == 2 & b == 0
+tabulate b [fw=w], summarize(x) nostandard
+tabulate a if b, summarize(x) nomeans
+replace b = 2 if a == 3
+tabulate a b if a > 1, summarize(x) nostandard
+capture noisily tabulate a, summarize(nosuch)

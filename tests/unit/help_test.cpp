@@ -1,6 +1,7 @@
 // Help: every word of the language has a page, and every page is sound.
 #include "../session.h"
 #include "commands/helptopics.h"
+#include "core/settings.h"
 #include "expr/expr.h"
 #include "output/oml_int.h"
 #include <dirent.h>
@@ -59,6 +60,11 @@ TEST(help, every_word_has_a_page)
             if (name.find('_') == name.npos) {
                 EXPECT_TRUE(help_find(name, &page)) << name;
             }
+    std::string about = whole(pages + "set.ovhlp");
+    for (int32_t i = 0; i < nsettings; i++) {
+        EXPECT_NE(about.find(settings[i].name), about.npos) << settings[i].name;
+        EXPECT_TRUE(help_find(settings[i].name, &page)) << settings[i].name;
+    }
     EXPECT_TRUE(help_find("g", &page) && page.name == "generate");
     EXPECT_TRUE(help_find("Ftail(2, 3, x)", &page) && page.name == "probability_functions");
     EXPECT_TRUE(help_find("date  formats", &page) && page.name == "date_formats");

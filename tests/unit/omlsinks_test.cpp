@@ -256,6 +256,7 @@ TEST(omlsinks, html_escapes_and_pages_are_made)
     filefd in, out;
     std::string text =
         "{omcl}\n{err:<&>\"} {help a b:l} {help javascript{c -(}x:m} \x01\xff caf\xc3\xa9\n";
+    text += "{p}alone on its page{newpage}\n";
     for (int i = 0; i < 200; i++)
         text += "line {bf:" + std::to_string(i) + "}\n";
     ASSERT_EQ(write(in.fd, text.data(), text.size()), ssize_t(text.size()));
@@ -273,7 +274,7 @@ TEST(omlsinks, html_escapes_and_pages_are_made)
         ASSERT_EQ(translate_file(in.name, out.name, true, how), 0);
         std::string page = out.text();
         EXPECT_EQ(page.substr(0, 4), kind == TR_PS ? "%!PS" : "%PDF");
-        EXPECT_TRUE(kind == TR_PDF || page.find("%%Pages: 4") != page.npos); // 201 lines, 58 each
+        EXPECT_TRUE(kind == TR_PDF || page.find("%%Pages: 5") != page.npos); // 201 lines, 58 each
     }
     EXPECT_EQ(translate_file(in.name, out.name, false, how), 602);
     EXPECT_EQ(translate_file(in.name, in.name, true, how), 602);

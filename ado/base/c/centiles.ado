@@ -15,6 +15,7 @@ program centiles, rclass byable(recall)
 		quietly {
 			preserve
 			keep if `touse' & `v' < .
+			keep `v'
 			sort `v'
 			summarize `v'
 		}
@@ -78,14 +79,29 @@ program Limits, rclass
 		return scalar hi = `v'[cond(`p' <= 0, 1, `N')]
 		exit
 	}
-	* r: the largest with Pr(X <= r - 1) not above alpha; s the smallest with Pr(X >= s) not above
+	* r: the smallest with Pr(X <= r) above alpha; s: one more than the largest with Pr(X >= s)
+	* above it; both are found by halving
 	local r 0
-	while `r' < `N' & binomial(`N', `r', `p') <= `alpha' {
-		local ++r
+	local high `N'
+	while `r' < `high' {
+		local middle = int((`r' + `high')/2)
+		if binomial(`N', `middle', `p') > `alpha' {
+			local high `middle'
+		}
+		else {
+			local r = `middle' + 1
+		}
 	}
-	local s = `N'
-	while `s' > 0 & binomialtail(`N', `s', `p') <= `alpha' {
-		local --s
+	local s 0
+	local high `N'
+	while `s' < `high' {
+		local middle = int((`s' + `high' + 1)/2)
+		if binomialtail(`N', `middle', `p') > `alpha' {
+			local s `middle'
+		}
+		else {
+			local high = `middle' - 1
+		}
 	}
 	local ++s
 	if `r' < 1 {

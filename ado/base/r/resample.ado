@@ -15,7 +15,7 @@ program resample
 		}
 		Units `unit' `stratum' "`strata'" "`cluster'"
 	}
-	Draw `unit' `stratum' `draws' `size'
+	Draw `unit' `stratum' `draws' `size' `cluster'
 	quietly {
 		drop `unit' `stratum'
 		if "`weight'" != "" {
@@ -57,44 +57,31 @@ program Units
 	gen long `unit' = sum(`first')
 end
 
-* How often each unit is drawn: a row for each draw is put behind the data, with the unit
-* that it hits, and counted within the units.
+* How often each unit is drawn. The numbers of draws of all units are multinomial, and are made
+* one after the other: of the draws that are left, a unit gets a binomial number with one part
+* in the units that are left.
 program Draw
-	args unit stratum draws size
-	tempvar first start k isdraw n
+	args unit stratum draws size cluster
+	tempvar k n left first
 	quietly {
-		sort `unit', stable
-		by `unit': gen byte `first' = _n == 1
-		sort `stratum' `unit', stable
-		by `stratum': gen long `start' = `unit'[1]
+		sort `stratum' `unit'
 		by `stratum': gen long `k' = `unit'[_N] - `unit'[1] + 1
-		by `stratum': gen double `n' = min(`size', `k')
 		if `size' < . {
-			count if `k' < `size' & `first'
+			count if `k' < `size'
+			if r(N) {
+				noisily display as error "the sample cannot be larger than the data"
+				exit 498
+			}
 		}
-	}
-	if `size' < . & r(N) {
-		display as error "the sample cannot be larger than the data"
-		exit 498
-	}
-	local rows = c(N)
-	quietly {
-		tempvar pick
-		* within a stratum only as many draws as asked for
-		by `stratum': replace `first' = `first' & `unit' - `start' < `n'
-		count if `first'
-		local total = r(N)
-		gen double `pick' = .
-		tempvar at
-		gen long `at' = _n if `first'
-		sort `at'
-		set obs `=`rows' + `total''
-		gen byte `isdraw' = _n > `rows'
-		replace `pick' = `start'[_n - `rows'] + int(runiform() * `k'[_n - `rows']) if `isdraw'
-		replace `unit' = `pick' if `isdraw'
-		sort `unit' `isdraw', stable
-		by `unit': gen long `draws' = sum(`isdraw')
-		by `unit': replace `draws' = `draws'[_N]
-		drop if `isdraw'
+		gen long `n' = min(`size', `k')
+		gen byte `first' = `unit' != `unit'[_n - 1]
+		* what is left for this unit and those behind it
+		by `stratum': gen long `left' = `n'
+		by `stratum': replace `left' = cond(!`first' | `left'[_n - 1] <= 0, `left'[_n - 1], ///
+			`left'[_n - 1] - rbinomial(`left'[_n - 1], 1 / (`k' - `unit' + `unit'[1] + 1))) if _n > 1
+		by `stratum': gen long `draws' = `left' - cond(_n < _N, `left'[_n + 1], 0)
+		if "`cluster'" != "" {
+			by `stratum' `unit': replace `draws' = `draws'[_N]
+		}
 	}
 end
