@@ -12,6 +12,7 @@
 #include "interp/interp.h"
 #include "interp/macros.h"
 #include "interp/messages.h"
+#include "interp/programs.h"
 #include "mosa/compiler.h"
 #include "mosa/vm.h"
 #include "output/print.h"
@@ -193,8 +194,12 @@ int32_t mosacmd(int32_t)
     bool colon = *rest == ':';
     rest += colon;
     rest += strspn(rest, " ");
+    if (!procflg && *rest == '{') {  // as behind any word that may open a block
+        ti_gettok(tokinfo, prsestd);
+        return opbrace();
+    }
     if (!procflg)
-        return *rest ? 0 : skip_block();
+        return *rest ? dead_line() : skip_block();
     text_keep keep;
     m_getline = next_line;
     m_mayreadcons = true;
