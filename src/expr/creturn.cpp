@@ -229,7 +229,7 @@ static const crow *crow_find(const char *name)
 static int32_t setting_get(const char *name, char *s, double *z)
 {
     const setting *t = setting_exact(name);
-    if (!t)
+    if (!t || t->kind == SK_ACT)
         return 0;
     if (t->kind == SK_INT)
         return num(z, *static_cast<int32_t *>(t->at));

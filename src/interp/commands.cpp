@@ -134,11 +134,13 @@ void cmdinit_plus_byvar()
     lastby = true;
 }
 
-// In a block that is skipped, all that counts of such a command is the block it may open.
 int32_t notbuilt(int32_t)
 {
-    if (procflg)
-        return errout(RC_SYNTAX, "%s", notbuilt_words);
+    return procflg ? errout(RC_SYNTAX, "%s", notbuilt_words) : dead_line();
+}
+
+int32_t dead_line()
+{
     char *p = ti_wheretok(tokinfo);
     size_t n = strlen(p);
     while (n && p[n - 1] == ' ')

@@ -36,6 +36,8 @@ int32_t byability(const char *word);  // 0 none, 1 onecall, 2 recall, 3 noheader
 void cmdinit();
 void cmdinit_plus_byvar();
 [[nodiscard]] int32_t notbuilt(int32_t arg);  // the handler of rows that are not built yet
+// What counts of a line in a block that is skipped: the brace it may open at its end.
+[[nodiscard]] int32_t dead_line();
 inline constexpr const char *notbuilt_words = "this command is not available in this version of Ovata\n";
 
 [[nodiscard]] int32_t selreq();

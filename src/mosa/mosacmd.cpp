@@ -167,7 +167,10 @@ int32_t run_block(bool colon)
         if (!keyboard || colon)
             return rc;
         globalrc = rc;
+        rc_shown = false;
         show_rc_line();
+        globalrc = 0;
+        rc_shown = false;
         stopflag = 0;
         altstopflag = 0;
     }
@@ -194,7 +197,7 @@ int32_t mosacmd(int32_t)
     rest += colon;
     rest += strspn(rest, " ");
     if (!procflg)
-        return *rest ? 0 : skip_block();
+        return *rest ? dead_line() : skip_block();
     text_keep keep;
     m_getline = next_line;
     m_mayreadcons = true;

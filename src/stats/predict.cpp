@@ -16,6 +16,7 @@
 #include "expr/rows.h"
 #include "interp/messages.h"
 #include "output/print.h"
+#include "stats/groups.h"
 #include "stats/normal.h"
 #include "stats/results.h"
 #include "stats/statparse.h"
@@ -30,6 +31,9 @@ namespace
 enum pstat : int32_t {
     PS_XB,
     PS_RESID,
+    PS_DRESID,
+    PS_D,
+    PS_XBD,
     PS_PR,
     PS_E,
     PS_YSTAR,
@@ -56,6 +60,9 @@ constexpr statrow stats[] = {
     {"xb", 2, PS_XB, "Linear prediction"},
     {"residuals", 1, PS_RESID, "Residuals"},
     {"scores", 2, PS_RESID, "Scores"},
+    {"d", 1, PS_D, "Effect of the group"},
+    {"xbd", 3, PS_XBD, "Prediction with the effect of the group"},
+    {"dresiduals", 2, PS_DRESID, "Residuals with the effect of the group"},
     {"stdp", 4, PS_STDP, "S.E. of the prediction"},
     {"stdf", 4, PS_STDF, "S.E. of the forecast"},
     {"stdr", 4, PS_STDR, "S.E. of the residual"},
@@ -96,6 +103,8 @@ struct predcmd {
     bound low, high;
     char beta[33] = ""; // dfbeta(): the coefficient
     int32_t betacol = 0;
+    groupids groups;            // absorbed
+    std::vector<double> effect; // by group
     double s = misval, df_r = misval, N = misval, k = 0, rss = misval;
 };
 
@@ -221,7 +230,12 @@ int32_t need(predcmd *c)
     }
     if (c->what >= PS_PR && c->what <= PS_YSTAR)
         c->s = estval_get_double("rmse");
-    if (c->what == PS_RESID || c->what >= PS_RSTANDARD) {
+    bool absorbed = !macro_of("absvar").empty();
+    if (!absorbed && c->what >= PS_D && c->what <= PS_XBD)
+        return errout(RC_NOTALLOWED, "option allowed after absorbed groups only\n");
+    if (absorbed && c->what >= PS_STDF)
+        return errout(RC_NOTALLOWED, "option not allowed after absorbed groups\n");
+    if ((c->what >= PS_RESID && c->what <= PS_XBD) || c->what >= PS_RSTANDARD) {
         std::string name = macro_of("depvar");
         c->dep = sysfindvar(name.c_str());
         if (!c->dep)
@@ -294,11 +308,10 @@ double influence(const predcmd *c, double e, double h)
     }
 }
 
-double value_at(predcmd *c, int32_t obs)
+// The linear prediction, and the row of x with it; misval where one of them is missing.
+double linear(predcmd *c, int32_t obs)
 {
     double xb = 0;
-    if (c->sample && dsa_data(sysdsa, uint32_t(c->sample), uint32_t(obs)) != 1)
-        return misval;
     for (int32_t j = 0; j < c->n; j++) {
         int32_t v = c->var[size_t(j)];
         double z = v ? dsa_data(sysdsa, uint32_t(v), uint32_t(obs)) : 1;
@@ -307,6 +320,71 @@ double value_at(predcmd *c, int32_t obs)
         c->x[size_t(j)] = z;
         xb += z * umat_el(c->b.m, 1, c->first + j + 1);
     }
+    return xb;
+}
+
+// What the estimation sample leaves over in each absorbed group, on the average.
+int32_t group_effects(predcmd *c)
+{
+    std::string name = macro_of("absvar"), weight = macro_of("wexp");
+    if (!(c->groups.var = sysfindvar(name.c_str())))
+        return varnotfound(name.c_str());
+    int32_t sample = *esamplename ? sysfindvar(esamplename) : 0;
+    litpools pools;
+    pools_save(&pools);
+    initialize_compexp_shared();
+    toktype ti;
+    xeqpgm pgm;
+    int32_t rc = 0;
+    if (!weight.empty()) { // "= exp"
+        ti_settok(&ti, weight.data() + 1);
+        rc = ti_compexp(&ti, &pgm, W_NUM, false, false, nullptr, 0);
+        pgm.obs1 = 1;
+        pgm.obs2 = _Nobs;
+    }
+    std::vector<double> sum_w;
+    for (int32_t obs = 1; !rc && obs <= _Nobs; obs++) {
+        if ((obs & 0xfff) == 0 && fault_poll()) {
+            rc = stopflag;
+            break;
+        }
+        if (sample && dsa_data(sysdsa, uint32_t(sample), uint32_t(obs)) != 1)
+            continue;
+        int32_t g = group_at(&c->groups, obs);
+        double y = dsa_data(sysdsa, uint32_t(c->dep), uint32_t(obs)), xb = linear(c, obs);
+        double w = weight.empty() ? 1 : xeqforby(&pgm, obs);
+        if (g < 0 || y >= misval || xb >= misval || w >= misval)
+            continue;
+        if (size_t(g) >= sum_w.size()) {
+            sum_w.resize(size_t(g) + 1);
+            c->effect.resize(size_t(g) + 1);
+        }
+        sum_w[size_t(g)] += w;
+        c->effect[size_t(g)] += w * (y - xb);
+    }
+    for (size_t g = 0; g < sum_w.size(); g++)
+        c->effect[g] = sum_w[g] != 0 ? c->effect[g] / sum_w[g] : misval;
+    pools_restore(&pools);
+    return rc;
+}
+
+double effect_at(predcmd *c, int32_t obs)
+{
+    int32_t g = group_at(&c->groups, obs);
+    return g < 0 || size_t(g) >= c->effect.size() ? misval : c->effect[size_t(g)];
+}
+
+double value_at(predcmd *c, int32_t obs)
+{
+    if (c->sample && dsa_data(sysdsa, uint32_t(c->sample), uint32_t(obs)) != 1)
+        return misval;
+    double xb = linear(c, obs), d = 0;
+    if (xb >= misval)
+        return misval;
+    if (c->groups.var && c->what != PS_DRESID && (d = effect_at(c, obs)) >= misval)
+        return misval;
+    if (c->what == PS_D || c->what == PS_XBD)
+        return c->what == PS_D ? d : xb + d;
     if (c->what == PS_XB)
         return xb;
     if (c->what <= PS_YSTAR && c->what >= PS_PR)
@@ -314,8 +392,8 @@ double value_at(predcmd *c, int32_t obs)
     double y = c->dep ? dsa_data(sysdsa, uint32_t(c->dep), uint32_t(obs)) : 0;
     if (y >= misval)
         return misval;
-    if (c->what == PS_RESID)
-        return y - xb;
+    if (c->what == PS_RESID || c->what == PS_DRESID)
+        return y - xb - d;
     double q = quadratic(c), s2 = c->s * c->s;
     if (c->what == PS_STDP)
         return std::sqrt(q);
@@ -338,6 +416,9 @@ int32_t predictcmd(int32_t)
     char eq[33];
     int32_t rc = parse(&c, eq);
     if (rc || (rc = find_columns(&c, eq)) || (rc = need(&c)))
+        return rc;
+    if (c.what >= PS_RESID && c.what <= PS_XBD && !macro_of("absvar").empty() &&
+        (rc = group_effects(&c)))
         return rc;
     int32_t var = parinfo->vl_vr[0], missing = 0;
     if (t_isstr(_typlist[var - 1]))

@@ -368,16 +368,10 @@ int32_t reg_robust(regjob *r)
 {
     auto p = size_t(r->p);
     meat m{r, std::vector<double>(p), std::vector<double>(p * p), {}};
-    dr_rewind(&r->rows);
-    for (;;) {
-        int32_t rc = reg_rows(r);
-        if (rc)
-            return rc;
-        if (!r->rows.n)
-            break;
-        for (int32_t i = 0; i < r->rows.n; i++)
-            add_row(&m, r->rows.x + int64_t(i) * r->rows.ld, r->rows.w[i], r->rows.obs[i]);
-    }
+    int32_t rc =
+        reg_each(r, [&m](const double *row, double w, int32_t obs) { add_row(&m, row, w, obs); });
+    if (rc)
+        return rc;
     double k = r->rank + r->cons + r->df_a, factor = 1;
     if (r->vce == RV_CLUSTER) {
         double g = r->N_clust = r->cluster.n;

@@ -52,22 +52,13 @@ int32_t squares_left(regjob *r)
 {
     std::vector<double> x(size_t(r->p));
     double sum = 0, carry = 0;
-    dr_rewind(&r->rows);
-    for (;;) {
-        int32_t rc = reg_rows(r);
-        if (rc)
-            return rc;
-        if (!r->rows.n)
-            break;
-        for (int32_t i = 0; i < r->rows.n; i++) {
-            double e = reg_residual(r, r->rows.x + int64_t(i) * r->rows.ld, x.data());
-            double add = r->rows.w[i] * e * e, t = sum + add;
-            carry += (sum - t) + add;
-            sum = t;
-        }
-    }
+    int32_t rc = reg_each(r, [&](const double *row, double w, int32_t) {
+        double e = reg_residual(r, row, x.data()), add = w * e * e, t = sum + add;
+        carry += (sum - t) + add;
+        sum = t;
+    });
     r->rss = (sum + carry) * r->scale;
-    return 0;
+    return rc;
 }
 
 } // namespace

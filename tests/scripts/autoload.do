@@ -39,3 +39,31 @@ if 1 {
 }
 capture quietly aload silent
 capture noisily program aload
+* the path of program files: in front, at the end, moved, taken away by name and by number
+local before $S_ADO
+mkdir first
+mkdir last
+foreach where in first last {
+	file open h using `where'/whence.ado, write replace
+	file write h "program whence" _n "display " `"""' "`where'" `"""' _n "end" _n
+	file close h
+}
+quietly adopath + last
+whence
+discard
+quietly adopath ++ first
+assert "$S_ADO" == "first;`before';last"
+whence
+discard
+quietly adopath + first
+assert "$S_ADO" == "`before';last;first"
+whence
+quietly adopath - last
+assert "`r(path)'" == "`before';first"
+quietly adopath ++ first
+quietly adopath - 1
+assert "$S_ADO" == "`before'"
+foreach bad in "- nosuch" "+" "first" "+ a b" "- 9" `"+ "a;b""' {
+	capture adopath `bad'
+	assert inlist(_rc, 111, 198) & "$S_ADO" == "`before'"
+}

@@ -147,6 +147,25 @@ matrix symeigen A L = A
 same L[1,2] 1
 same abs(A[1,1]) sqrt(.5)
 capture noisily matrix list A, format(%5s)
+* ---- absorbed groups and the same with indicators
+quietly tabulate g, generate(gg)
+quietly regress y x z gg2-gg5 [aw=x]
+predict double full
+predict double left, residuals
+quietly regress y x z [aw=x], absorb(g)
+predict double eff, d
+predict double both, xbd
+predict double own, residuals
+predict double mixed, dresiduals
+assert reldif(both, full) < 1e-10
+assert abs(own - left) < 1e-10
+assert reldif(mixed, own + eff) < 1e-12
+assert reldif(both, eff + _b[x]*x + _b[z]*z + _b[_cons]) < 1e-12
+quietly summarize eff [aw=x]
+same r(mean) 0
+capture noisily predict double lev, hat
+quietly regress y x z
+capture noisily predict double eff2, d
 * ---- instruments: the two stages by hand
 gen double u = invnorm(uniform())
 gen double w = z + u + invnorm(uniform())

@@ -40,3 +40,14 @@ count if runiform() < .2
 generate g = x > 36
 sort g x
 by g: list x if _n == 2
+* lines where the values of variables change, names and texts cut to a length
+clear
+set obs 6
+generate byte group = int((_n - 1) / 2)
+generate str12 words = cond(_n < 4, "abcdefghij", "k")
+generate a_rather_long_name = _n
+list, sepby(group)
+list if _n != 2, sepby(group words) noobs
+list in 1/2, abbreviate(18) string(4)
+capture noisily list, sepby(nosuch)
+display _rc

@@ -47,3 +47,5 @@ sumtable x y, by(g) stats(n mean sd p50 total)
 * more columns than the line has room for go into tables below each other
 gen k = mod(_n, 9)
 sumtable x, by(h k) stats(mean)
+quietly sumtable x if k > 3, by(h) stats(mean)
+assert r(N) < _N & "`r(stats)'" == "mean"

@@ -1,5 +1,5 @@
 *! table of summary statistics, by one factor or two
-program sumtable
+program sumtable, rclass
 	version 12.1
 	syntax varlist(numeric) [if] [in] [fweight aweight/] ///
 		[, BY(varlist max=2) Stats(string) Format(string) NOTotal MISSing]
@@ -27,6 +27,8 @@ program sumtable
 	if r(N) == 0 {
 		error 2000
 	}
+	return scalar N = r(N)
+	return local stats `stats'
 	preserve
 	quietly keep if `touse'
 	quietly keep `varlist' `by' `w'
