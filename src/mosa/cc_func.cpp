@@ -106,8 +106,6 @@ static bool is_doppelganger()
 void cc_refuse_existing(const char *name, const char *subname)
 {
     char text[128];
-    if (!*subname && !m_pgm.isfunc && ismosabuiltin(name))
-        cc_err("%s() is built-in\n", name);
     if (!fcnnameavbl(sys_pgmclass, name, subname, text))
         cc_err("%s() already exists\n", text);
 }

@@ -579,7 +579,6 @@ TEST(mosa_cc, errors)
         {"void nosuch::f() {\n}", "class nosuch undefined\n"},
         {"struct s {\nx\n}", "type declaration required\n"},
         {"struct s {\nreal scalar x, x\n}", "symbol x multiply defined\n"},
-        {"struct rows {\nreal scalar x\n}", "rows() is built-in\n"},
         {"class s ; {\n}", "; found where nothing or extends expected\n"},
         {"{\nx = 1", "unexpected end of text\n"},
         {"x = 1 /* no end", "unexpected end of text\n"},
