@@ -299,6 +299,8 @@ void cx_call(int32_t a, int32_t open, int32_t close)
         call_member(a, open, close);
         return;
     }
+    if (tk(open - 1)->tok == T_MEMBER || tk(open - 1)->tok == T_ARROW)
+        cc_err(".<exp> invalid\n");
     if (tk(a)->tok != '(' || tk(a)->match != open - 1)
         cc_err("invalid expression\n");
     int32_t n;

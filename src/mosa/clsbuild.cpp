@@ -331,7 +331,7 @@ static bool run_special(matobj *def, const char *member, matobj *instance)
     m_callfcn(f, 1);
     m_rt = rt;
     while (m_stak > top)
-        m_drop();
+        drop_top();
     return m_xrc == 0;
 }
 

@@ -587,12 +587,53 @@ void mo_freefcn(matobj *f)
     mo_freefcn_force(f);
 }
 
-void mo_free(matobj *m)
+// Long chains of pointers are not followed on the native stack: what lies too deep waits in a
+// list, its links out of reach of every other way to free it.
+static matobj **waiting;
+static int64_t nwaiting, waiting_room;
+
+static bool set_aside(matobj *m)
+{
+    if (nwaiting == waiting_room) {
+        int64_t room = waiting_room ? waiting_room * 2 : 256;
+        auto *more = static_cast<matobj **>(saferealloc(waiting, size_t(room) * sizeof *waiting));
+        if (!more)
+            return false;
+        waiting = more;
+        waiting_room = room;
+    }
+    m->links = mo_maxlinks / 2;
+    waiting[nwaiting++] = m;
+    return true;
+}
+
+static void free_any(matobj *m)
 {
     if (mo_isfcn(m))
         mo_freefcn(m);
     else
         mo_freemat(m);
+}
+
+void mo_free(matobj *m)
+{
+    constexpr int32_t deepest = 200;
+    static int32_t depth;
+    if (depth >= deepest && set_aside(m))
+        return;
+    depth++;
+    free_any(m);
+    while (depth == 1 && nwaiting) {
+        matobj *next = waiting[--nwaiting];
+        next->links = 0;
+        free_any(next);
+    }
+    depth--;
+    if (depth == 0 && waiting) {
+        safefree(waiting);
+        waiting = nullptr;
+        waiting_room = 0;
+    }
 }
 
 void mo_free_force(matobj *m)

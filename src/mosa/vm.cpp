@@ -364,7 +364,7 @@ static bool fit_to_run(matobj *f)
 static void release_to(matobj **floor)
 {
     while (m_stak >= floor)
-        m_drop();
+        drop_top();
 }
 
 // The value on top takes the place of the frame.

@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using str = std::string;
 
@@ -193,11 +191,9 @@ int32_t translate_file(const char *from, const char *to, bool replace, const tra
         return fierr(out, to);
     }
     int32_t rc = make(in, out, from, to, how);
-    struct stat st;
-    bool ours = fstat(out, &st) == 0 && S_ISREG(st.st_mode); // never a device
     ov_close(in);
     ov_close(out);
-    if (rc && ours)
-        unlink(path_expand(to).c_str());
+    if (rc)
+        ov_discard(to);
     return rc;
 }

@@ -21,7 +21,7 @@
 //   exit [CODE]          waits for the program's end, and its code when one is given
 //   cooked               the terminal is in its ordinary mode, with echo
 //   empty DIR            holds no file
-//   holds FILE "text"    the file holds the text
+//   holds FILE "text"    the file holds the text; lacks FILE "text" that it does not
 //
 // Exit 0 when all held, 1 when one did not, 77 when there are no pseudo-terminals here.
 // PTY_SLACK multiplies the times of within.
@@ -321,6 +321,8 @@ static bool step(const str &word, const str &rest)
         return is_cooked();
     if (word == "empty")
         return is_empty(args);
+    if (word == "lacks")
+        return file_text(args).find(text) == str::npos && !file_text(args).empty();
     if (word == "holds")
         return file_text(args).find(text) != str::npos;
     std::cout << "no such step\n";
