@@ -441,6 +441,10 @@ void rt_clsdestroy(matobj *instance)
 
 matobj *m_dupinstance(const matobj *instance)
 {
+    if (m_nativefull()) {
+        m_xrc = instance->eltype == MO_CLASS ? 3305 : 3304;
+        return nullptr;
+    }
     matobj *copy = m_mktmat(instance->eltype, instance->rows, instance->cols);
     if (!copy)
         return nullptr;
