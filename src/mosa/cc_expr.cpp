@@ -264,7 +264,8 @@ bool cc_expr(int32_t terminator, bool used)
         mop_add(79); // a value of its own
         mop_add(32);
     }
-    list.assigned |= bare || begin > 0;
+    bool assigned = list.assigned || bare || begin > 0;
     postponed();
+    list.assigned = assigned;
     return true;
 }

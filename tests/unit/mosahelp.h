@@ -1,11 +1,11 @@
 // tests/unit/mosahelp.h - texts of the matrix language compiled and run inside a test.
 #pragma once
+#include "../session.h"
 #include "core/settings.h"
 #include "mosa/builtins.h"
 #include "mosa/compiler.h"
 #include "mosa/image.h"
 #include "mosa/vm.h"
-#include "../session.h"
 #include <gtest/gtest.h>
 
 inline std::string ms_rest; // lines not read yet
@@ -23,10 +23,7 @@ inline bool ms_getline()
 inline void ms_begin()
 {
     session();
-    static bool once = [] {
-        m_biinit();
-        return mosastakinit(1) == 0;
-    }();
+    static bool once = [] { return mosastakinit(1) == 0; }();
     ASSERT_TRUE(once);
     m_getline = ms_getline;
     m_mayreadcons = true;
