@@ -28,6 +28,8 @@ make_index() {
             return s
         }
         NR == 1 && $0 == "{omcl}" { next }
+        /^\{p 8 8 2\}\{cmd:\. / { next }   # an example is not what the page is about
+        /^\{bf:See also\}$/ { exit }
         !titled {
             line = plain($0); sub(/^[^ ]* +/, "", line); sub(/ +$/, "", line); gsub(/\|/, " ", line)
             if (line != "") { title = line; titled = 1 }

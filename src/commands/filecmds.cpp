@@ -223,7 +223,7 @@ int32_t cmd_copy(int32_t)
     ov_close(from);
     ov_close(to);
     if (rc)
-        unlink(b.c_str());
+        ov_discard(b.c_str());
     return rc;
 }
 

@@ -13,6 +13,7 @@
 #include "commands/sidejoin.h"
 #include "core/limits.h"
 #include "core/mem.h"
+#include "core/pollsort.h"
 #include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
@@ -249,7 +250,7 @@ int32_t order_file(mergecmd_t *m)
     for (size_t i = 0; i < n; i++)
         rows[i] = {first_key(m, int32_t(i)), int32_t(i)};
     bool one = m->key.size() == 1 && !t_isstr(m->u.d.types[m->key[0].side]);
-    std::sort(rows.begin(), rows.end(), [&](const siderow &a, const siderow &b) {
+    int32_t rc = poll_sort(rows.data(), int64_t(n), [&](const siderow &a, const siderow &b) {
         if (a.key != b.key)
             return a.key < b.key;
         int c = one ? 0 : side_cmp(m, a.row, b.row);
@@ -257,7 +258,7 @@ int32_t order_file(mergecmd_t *m)
     });
     for (size_t i = 0; i < n; i++)
         m->order[i] = rows[i].row;
-    return fault_poll() ? RC_BREAK : 0;
+    return rc;
 }
 
 std::vector<int32_t> key_vars(const mergecmd_t *m)

@@ -1,6 +1,7 @@
 #include "commands/stattab.h"
 #include "core/mem.h"
 #include "core/missing.h"
+#include "core/pollsort.h"
 #include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
@@ -91,8 +92,7 @@ void moments_of(const sample *s, moments *m, bool higher)
 int32_t sample_sort(sample *s)
 {
     if (!s->w) {
-        std::sort(s->x, s->x + s->n);
-        return fault_poll();
+        return poll_sort(s->x, s->n, [](double a, double b) { return a < b; });
     }
     struct pair {
         double x, w;
@@ -102,13 +102,13 @@ int32_t sample_sort(sample *s)
         return error(RC_NOMEM);
     for (int64_t i = 0; i < s->n; i++)
         p[i] = {s->x[i], s->w[i]};
-    std::sort(p, p + s->n, [](const pair &a, const pair &b) { return a.x < b.x; });
+    int32_t rc = poll_sort(p, s->n, [](const pair &a, const pair &b) { return a.x < b.x; });
     for (int64_t i = 0; i < s->n; i++) {
         s->x[i] = p[i].x;
         s->w[i] = p[i].w;
     }
     safefree(p);
-    return fault_poll();
+    return rc;
 }
 
 double sample_pctile(const sample *s, double sum_w, double p)

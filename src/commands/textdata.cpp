@@ -196,6 +196,6 @@ int32_t text_save(const std::string &file, bool replace, const std::string &head
     ov_close(fd);
     progress_end();
     if (rc)
-        unlink(path_expand(file).c_str());
+        ov_discard(file.c_str());
     return rc == RC_DISKFULL ? fierr(rc, file.c_str()) : rc;
 }

@@ -152,6 +152,14 @@ std::string path_addext(const std::string &path, const char *ext)
     return path_hasext(path) ? path : path + ext;
 }
 
+void ov_discard(const char *name)
+{
+    struct stat st;
+    std::string path = path_expand(name);
+    if (!stat(path.c_str(), &st) && S_ISREG(st.st_mode))
+        unlink(path.c_str());
+}
+
 bool path_isfile(const std::string &path)
 {
     struct stat st;

@@ -18,6 +18,8 @@ enum ov_mode : uint8_t {
 // -608 read-only. A leading ~ is the home directory.
 [[nodiscard]] int32_t ov_open(const char *name, ov_mode mode);
 void ov_close(int32_t fd);
+// Removes a file that could not be finished. Never a device or anything else than a file.
+void ov_discard(const char *name);
 
 // Bytes moved; fewer than n means end of file (reading) or failure. Transfers above 32768
 // bytes go in pieces of 16384. The l forms are for lengths past 2^31.

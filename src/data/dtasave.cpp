@@ -294,7 +294,7 @@ int32_t dta_save(const char *name, const dta_saveopts *o)
     progress_end();
     ov_close(j.fd);
     if (rc) {
-        unlink(path_expand(name).c_str());
+        ov_discard(name);
         if (j.broken)
             return RC_BREAK;
         return rc == RC_NOMEM ? error(RC_NOMEM) : fierr(RC_DISKFULL, name);

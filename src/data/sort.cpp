@@ -5,6 +5,7 @@
 // the order of ties; a stable sort adds the row number as the last key.
 #include "data/sort.h"
 #include "core/mem.h"
+#include "core/progress.h"
 #include "core/rc.h"
 #include "core/state.h"
 #include "data/sort_int.h"
@@ -226,11 +227,12 @@ template <class A> struct quick {
     }
 };
 
-// Rows to their places, cycle by cycle, through the scratch row. A break cannot stop it: half
-// a cycle would lose a row.
-template <class A> static void apply(A a, const sortjob *j)
+// Rows to their places, cycle by cycle, through the scratch row. A break, where it is let in,
+// closes the cycle under way: every row is still there once, in no order.
+template <class A> static int32_t apply(A a, const sortjob *j, bool breakable)
 {
     dsa_area *d = sysdsa;
+    int32_t moved = 0, n = j->last - j->first + 1;
     for (int32_t i = j->first; i <= j->last; i++) {
         int32_t from = a.row(i), to = i;
         if (from == i)
@@ -243,10 +245,16 @@ template <class A> static void apply(A a, const sortjob *j)
             a.set(to, to);
             to = from;
             from = next;
+            if (breakable && (++moved & 0xfff) == 0 &&
+                progress_poll("sorting", 0.8 + 0.2 * moved / n, 1)) {
+                dsa_cp_obs(d, uint32_t(to), 0);
+                return RC_BREAK;
+            }
         }
         dsa_cp_obs(d, uint32_t(to), 0);
         a.set(to, to);
     }
+    return 0;
 }
 
 void sort_apply(int32_t *rows)
@@ -255,7 +263,7 @@ void sort_apply(int32_t *rows)
     j.first = 1;
     j.last = _Nobs;
     _srtlist[0] = 0;
-    apply(by_vector{rows}, &j);
+    (void)apply(by_vector{rows}, &j, false);
     upSort = true;
 }
 
@@ -278,6 +286,24 @@ struct entry_less {
     }
 };
 
+// As std::merge of e[0..mid) and e[mid..n), seeing a break on the way.
+static int32_t merge_entries(const entry *e, int64_t mid, int64_t n, entry *out,
+                             const entry_less &less)
+{
+    constexpr int64_t piece = 65536;
+    const entry *a = e, *aend = e + mid, *b = aend, *bend = e + n;
+    while (a < aend && b < bend) {
+        entry *stop = out + std::min(piece, (aend - a) + (bend - b));
+        while (out < stop && a < aend && b < bend)
+            *out++ = less(*b, *a) ? *b++ : *a++;
+        if (fault_poll())
+            return RC_BREAK;
+    }
+    out = std::copy(a, aend, out);
+    std::copy(b, bend, out);
+    return 0;
+}
+
 // Runs are sorted, then merged back and forth between the two halves of the buffer; between
 // them a break is seen. Ties keep their order. The result may stand in either half.
 static entry *sort_entries(entry *e, entry *other, int64_t n, const sortjob *j, int32_t *rc)
@@ -286,14 +312,18 @@ static entry *sort_entries(entry *e, entry *other, int64_t n, const sortjob *j, 
     entry_less less = {j};
     for (int64_t i = 0; i < n; i += run) {
         std::stable_sort(e + i, e + std::min(n, i + run), less);
-        if ((*rc = fault_poll() ? RC_BREAK : 0))
+        if ((*rc = progress_poll("sorting", 0.3 * double(i) / double(n), 1) ? RC_BREAK : 0))
             return e;
     }
-    for (int64_t w = run; w < n; w *= 2) {
+    double pass = 0, passes = 1;
+    for (int64_t w = run; 2 * w < n; w *= 2)
+        passes++;
+    for (int64_t w = run; w < n; w *= 2, pass++) {
         for (int64_t i = 0; i < n; i += 2 * w) {
             int64_t mid = std::min(n, i + w), end = std::min(n, i + 2 * w);
-            std::merge(e + i, e + mid, e + mid, e + end, other + i, less);
-            if ((*rc = fault_poll() ? RC_BREAK : 0))
+            *rc = merge_entries(e + i, mid - i, end - i, other + i, less);
+            progress("sorting", 0.3 + 0.5 * (pass + double(i) / double(n)) / passes);
+            if (*rc)
                 return e;
         }
         std::swap(e, other);
@@ -334,7 +364,7 @@ static bool move_by_vector(const sortjob *j, int32_t *rc)
     if (!*rc)
         *rc = sort_vector(v.get() + j->first, int64_t(j->last) - j->first + 1, j, &loose);
     if (!*rc)
-        apply(a, j);
+        *rc = apply(a, j, true);
     return true;
 }
 
@@ -353,7 +383,7 @@ static bool move_by_variable(const sortjob *j, int32_t *rc)
     if (!*rc)
         *rc = quick<by_variable>{a, j}.sort(j->first, j->last);
     if (!*rc)
-        apply(a, j);
+        *rc = apply(a, j, true);
     dsa_truncate_var_fast(sysdsa, uint32_t(var) - 1);
     return true;
 }
@@ -384,8 +414,10 @@ static int32_t sort_step(const sortjob *j, const int32_t *keys, int32_t nkeys, i
         break;
     case -1:
         _srtlist[0] = 0;
-        for (int32_t a = j->first, b = j->last; a < b; a++, b--)
+        for (int32_t a = j->first, b = j->last; a < b && !rc; a++, b--) {
             dsa_exchange_obs(sysdsa, uint32_t(a), uint32_t(b));
+            rc = (a & 0xfff) == 0 && fault_poll() ? RC_BREAK : 0;
+        }
         break;
     case 2:
         rc = RC_BREAK;
@@ -596,7 +628,7 @@ int32_t sysidxsort(const char *name, bool breakable)
         j.first = 1;
         j.last = _Nobs;
         _srtlist[0] = 0;
-        apply(by_vector{v.get()}, &j);
+        rc = apply(by_vector{v.get()}, &j, breakable);
         upSort = true;
     }
     stopflag_val = sv;

@@ -436,7 +436,8 @@ kb_answer one_line(const char *prompt, bool fresh, char *buffer, int32_t len)
 // prompt; where more lines of a command were wanted the break stands, and the command gives up.
 void read_keyboard(int32_t len)
 {
-    bool fresh = !realbusy && readcons_prompt == prompt_std;
+    bool fresh = !strcmp(readcons_prompt, ": ") ||  // a statement of the matrix language
+                 (!realbusy && readcons_prompt == prompt_std);
     progress_level(-1);
     for (;;) {
         kb_answer got = one_line(readcons_prompt, fresh, console, len);

@@ -50,7 +50,7 @@ struct posting {
         if (fd >= 0)
             ov_close(fd);
         if (!done)
-            unlink(path.c_str());
+            ov_discard(path.c_str());
     }
 };
 

@@ -331,7 +331,7 @@ static bool run_special(matobj *def, const char *member, matobj *instance)
     m_callfcn(f, 1);
     m_rt = rt;
     while (m_stak > top)
-        m_drop();
+        drop_top();
     return m_xrc == 0;
 }
 
@@ -441,6 +441,10 @@ void rt_clsdestroy(matobj *instance)
 
 matobj *m_dupinstance(const matobj *instance)
 {
+    if (m_nativefull()) {
+        m_xrc = instance->eltype == MO_CLASS ? 3305 : 3304;
+        return nullptr;
+    }
     matobj *copy = m_mktmat(instance->eltype, instance->rows, instance->cols);
     if (!copy)
         return nullptr;

@@ -12,7 +12,6 @@
 #include "interp/interp.h"
 #include "interp/macros.h"
 #include "interp/messages.h"
-#include "interp/programs.h"
 #include "mosa/compiler.h"
 #include "mosa/vm.h"
 #include "output/print.h"
@@ -168,7 +167,10 @@ int32_t run_block(bool colon)
         if (!keyboard || colon)
             return rc;
         globalrc = rc;
+        rc_shown = false;
         show_rc_line();
+        globalrc = 0;
+        rc_shown = false;
         stopflag = 0;
         altstopflag = 0;
     }
@@ -194,10 +196,6 @@ int32_t mosacmd(int32_t)
     bool colon = *rest == ':';
     rest += colon;
     rest += strspn(rest, " ");
-    if (!procflg && *rest == '{') {  // as behind any word that may open a block
-        ti_gettok(tokinfo, prsestd);
-        return opbrace();
-    }
     if (!procflg)
         return *rest ? dead_line() : skip_block();
     text_keep keep;

@@ -128,7 +128,7 @@ void opcallind()
         return fail(3101);
     m_vm.pc += 1;
     f->links++; // dropped from the stack, held for the call
-    m_drop();
+    drop_top();
     m_callfcn(f, argc);
     mo_unlink(f);
 }

@@ -199,7 +199,7 @@ inline void give_number(int32_t argc, double z)
         *mo_re(index) = z;
         m_stak--;
         for (int32_t k = 1; k < argc; k++)
-            m_drop();
+            drop_top();
         *++m_stak = index;
         return;
     }
@@ -383,7 +383,7 @@ bool store_into(form how, matobj *dest, int32_t between)
 void drop_n(int32_t n)
 {
     while (n-- > 0)
-        m_drop();
+        drop_top();
 }
 
 void store_slot(form how, bool pop)

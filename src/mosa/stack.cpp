@@ -76,7 +76,7 @@ void put_result(int32_t n, matobj *result)
         return;
     result->links++;
     while (n-- > 0)
-        m_drop();
+        drop_top();
     *++m_stak = result;
 }
 
@@ -95,7 +95,7 @@ void ppp(matobj *result)
 void popoff(int32_t n)
 {
     while (n-- > 0)
-        m_drop();
+        drop_top();
     m_xeqerrid = nullptr;
 }
 

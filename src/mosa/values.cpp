@@ -480,20 +480,55 @@ static void release_targets(matobj *m)
     }
 }
 
+// Blocks and name given back, the record to the pool.
+static void free_record(matobj *m)
+{
+    put_block(m->data, m->alloc);
+    safefree(m->info);
+    m->info = nullptr;
+    put_rec(m);
+}
+
+// Targets go depth first, so that destructors run in the order of the nesting. A chain longer
+// than this is taken apart link by link instead, which costs no native stack; what waits is
+// strung together through the place of the name.
+static constexpr int32_t free_nesting = 200;
+static int32_t free_depth;
+static matobj *free_later;
+
+static void free_targets(matobj *m)
+{
+    if (free_depth >= free_nesting) {
+        safefree(m->info);
+        m->info = reinterpret_cast<matinfo *>(free_later);
+        m->status = 0;
+        free_later = m;
+        return;
+    }
+    free_depth++;
+    release_targets(m);
+    free_record(m);
+    while (free_depth == free_nesting && free_later) {
+        matobj *next = free_later;
+        free_later = reinterpret_cast<matobj *>(next->info);
+        next->info = nullptr;
+        release_targets(next);
+        free_record(next);
+    }
+    free_depth--;
+}
+
 static void free_parts(matobj *m, bool walk)
 {
     if (mo_isptrlike(m->eltype) && m->view == 0) {
         m->links = mo_maxlinks; // a cycle back to this record must not free it again
         if (walk && m->data)
-            release_targets(m);
+            return free_targets(m);
     } else if (m->view == 0)
         selfree(m);
     else if (m->view > 2)
         v_fvfree(m);
-    put_block(m->data, m->alloc);
-    safefree(m->info);
-    m->info = nullptr;
-    put_rec(m);
+    free_record(m);
 }
 
 // True when destroy() left a link to the instance, which then goes on living.
@@ -552,12 +587,53 @@ void mo_freefcn(matobj *f)
     mo_freefcn_force(f);
 }
 
-void mo_free(matobj *m)
+// Long chains of pointers are not followed on the native stack: what lies too deep waits in a
+// list, its links out of reach of every other way to free it.
+static matobj **waiting;
+static int64_t nwaiting, waiting_room;
+
+static bool set_aside(matobj *m)
+{
+    if (nwaiting == waiting_room) {
+        int64_t room = waiting_room ? waiting_room * 2 : 256;
+        auto *more = static_cast<matobj **>(saferealloc(waiting, size_t(room) * sizeof *waiting));
+        if (!more)
+            return false;
+        waiting = more;
+        waiting_room = room;
+    }
+    m->links = mo_maxlinks / 2;
+    waiting[nwaiting++] = m;
+    return true;
+}
+
+static void free_any(matobj *m)
 {
     if (mo_isfcn(m))
         mo_freefcn(m);
     else
         mo_freemat(m);
+}
+
+void mo_free(matobj *m)
+{
+    constexpr int32_t deepest = 200;
+    static int32_t depth;
+    if (depth >= deepest && set_aside(m))
+        return;
+    depth++;
+    free_any(m);
+    while (depth == 1 && nwaiting) {
+        matobj *next = waiting[--nwaiting];
+        next->links = 0;
+        free_any(next);
+    }
+    depth--;
+    if (depth == 0 && waiting) {
+        safefree(waiting);
+        waiting = nullptr;
+        waiting_room = 0;
+    }
 }
 
 void mo_free_force(matobj *m)

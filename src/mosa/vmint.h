@@ -36,6 +36,14 @@ static_assert(offsetof(matobj, cols) == offsetof(matobj, rows) + 4);
 static_assert(offsetof(matobj, view) == offsetof(matobj, eltype) + 2);
 static_assert(offsetof(matobj, status) == offsetof(matobj, eltype) + 3);
 
+// Writes type, view and status in one piece, as is_rs reads them: a read that spans several
+// fresh writes would have to wait for all of them.
+inline void rs_kind(matobj *m, uint32_t status)
+{
+    uint32_t kind = status << 24;
+    memcpy(&m->eltype, &kind, sizeof kind);
+}
+
 // Scalar temporaries that were dropped wait here whole, record and block, counted as free.
 inline constexpr int32_t rs_max = 64;
 extern matobj *rs_free[rs_max];
@@ -48,7 +56,7 @@ inline matobj *rs_new(double z)
     if (rs_nfree == 0)
         return m_mktsmatsto(z);
     matobj *m = rs_free[--rs_nfree];
-    m->status = 1;
+    rs_kind(m, 1);
     m->links = 0;
     m->level = m_level;
     *mo_re(m) = z;
@@ -60,11 +68,20 @@ inline void rs_unlink(matobj *m)
     if (--m->links >= 1)
         return;
     if (!m->info && rs_nfree < rs_max) {
-        m->status = 0;
+        rs_kind(m, 0);
         rs_free[rs_nfree++] = m;
         return;
     }
     mo_free(m);
+}
+// m_drop, with the short way for scalars.
+inline void drop_top()
+{
+    matobj *m = *m_stak--;
+    if (is_rs(m))
+        rs_unlink(m);
+    else
+        mo_unlink(m);
 }
 // What arithmetic stores: a number in range, or missing.
 inline double z_fix(double z)

@@ -10,7 +10,6 @@
 #include <cstring>
 #include <memory>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using str = std::string;
 
@@ -183,7 +182,9 @@ int32_t translate_file(const char *from, const char *to, bool replace, const tra
     int32_t in = ov_open(from, OV_READ);
     if (in < 0)
         return fierr(in, from);
-    if (path_expand(from) == path_expand(to)) {
+    struct stat a, b;  // by any other name it is the same file
+    if (!fstat(in, &a) && !stat(path_expand(to).c_str(), &b) && a.st_ino == b.st_ino &&
+        a.st_dev == b.st_dev) {
         ov_close(in);
         return fierr(602, to);
     }
@@ -193,11 +194,9 @@ int32_t translate_file(const char *from, const char *to, bool replace, const tra
         return fierr(out, to);
     }
     int32_t rc = make(in, out, from, to, how);
-    struct stat st;
-    bool ours = fstat(out, &st) == 0 && S_ISREG(st.st_mode); // never a device
     ov_close(in);
     ov_close(out);
-    if (rc && ours)
-        unlink(path_expand(to).c_str());
+    if (rc)
+        ov_discard(to);
     return rc;
 }

@@ -1,4 +1,5 @@
 #include "terminal/complete.h"
+#include "commands/helptopics.h"
 #include "core/files.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -105,15 +106,20 @@ static void commands(const str &typed, words_t *words)
         along_path(".ado", typed, words);
 }
 
+// Of a command's abbreviations, which all lead to its page, only the command is offered.
 static void topics(const str &typed, words_t *words)
 {
-    std::vector<found> pages;
-    if (const char *home = sysdir_of("OVATA"))
-        each_file(str(home) + "help", ".ovhlp", typed, &pages);
-    for (const found &f : pages)
-        words->push_back({f.name, ' '});
+    std::vector<str> all = help_words();
+    std::erase_if(all, [&](const str &w) { return !begins(w.c_str(), typed); });
+    helppage page, next;
+    for (size_t i = 0; i < all.size(); i++) {
+        bool leads = all.size() < 200 && i + 1 < all.size() && begins(all[i + 1].c_str(), all[i]) &&
+                     help_find(all[i], &page) && help_find(all[i + 1], &next) &&
+                     page.name == next.name;
+        if (!leads)
+            words->push_back({all[i], ' '});
+    }
     along_path(".ovhlp", typed, words);
-    commands(typed, words);
 }
 
 static void variables(const str &typed, words_t *words)

@@ -1,6 +1,7 @@
 // terminal/completeopt.cpp - the options of a command.
 //
 // A program tells its options in its syntax line; those of a built-in command stand on its page.
+#include "commands/helptopics.h"
 #include "core/files.h"
 #include "core/mem.h"
 #include "interp/dm.h"
@@ -146,8 +147,7 @@ void option_words(const std::string &command, words_t *words)
         if (!words->empty())
             return;
     }
-    if (const char *home = sysdir_of("OVATA"))
-        options_of_page(whole_text(std::string(home) + "help/" + name + ".ovhlp"), words);
-    if (words->empty() && !srchado(name.c_str(), "ovhlp", 1, path))
-        options_of_page(whole_text(path), words);
+    helppage page;
+    if (help_find(name, &page))
+        options_of_page(whole_text(page.file), words);
 }

@@ -94,3 +94,18 @@ END
 test "$(grep -c 'full.log I/O error on write' again.log)" = 1
 grep -q '^still here' again.log
 grep -q 'no log file open' again.log
+
+# What cannot be finished is taken away again, but never a device or the link to one.
+ln -s /dev/full full.txt
+ln -s /dev/full full.csv
+ln -s /dev/full full.dta
+cat >devices.do <<'END'
+sysuse penguins, clear
+capture noisily translate marked2.omcl full.txt, replace
+capture noisily outsheet using full.csv, replace
+capture noisily save full.dta, replace
+capture noisily copy marked2.omcl full.txt, replace
+END
+"$program" -q -b do devices.do
+test "$(grep -c 'I/O error on write\|insufficient disk space' devices.log)" = 4
+test -L full.txt && test -L full.csv && test -L full.dta

@@ -149,3 +149,20 @@ TEST(help, answers_and_refusals)
     EXPECT_EQ(help_nearest("genrate", 3).at(0), "generate");
     EXPECT_EQ(help_nearest("stlren", 3).at(0), "strlen()");
 }
+
+// The nearest names are for who sits at the keyboard; a log does not hold them.
+TEST(help, names_are_offered_on_the_screen_only)
+{
+    ASSERT_EQ(run("log using offered.log"), 0);
+    nokbrd = false;
+    EXPECT_EQ(run("help genrate"), 111);
+    EXPECT_NE(session_output.find("(did you mean generate?)\n"), std::string::npos)
+        << session_output;
+    EXPECT_EQ(run("capture help genrate"), 0);
+    EXPECT_EQ(session_output, "");
+    nokbrd = true;
+    ASSERT_EQ(run("log close"), 0);
+    std::string log = whole("offered.log");
+    EXPECT_NE(log.find("help for genrate not found"), log.npos);
+    EXPECT_EQ(log.find("did you mean"), log.npos);
+}

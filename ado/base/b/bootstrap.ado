@@ -54,6 +54,9 @@ program bootstrap, rclass
 		if "`nodots'" == "" {
 			_dots `i' `reps' `rc'
 		}
+		else {
+			set progress `i' `reps'
+		}
 		restore, preserve
 	}
 	postclose `post'

@@ -105,6 +105,9 @@ program collect
 		if "`nodots'" == "" {
 			_dots `i' `last' `rc'
 		}
+		else {
+			set progress `i' `last'
+		}
 	}
 	postclose `post'
 	quietly {

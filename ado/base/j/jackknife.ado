@@ -64,6 +64,9 @@ program jackknife, rclass
 		if "`nodots'" == "" {
 			_dots `i' `n' `rc'
 		}
+		else {
+			set progress `i' `n'
+		}
 		restore, preserve
 	}
 	postclose `post'

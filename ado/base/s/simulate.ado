@@ -52,6 +52,9 @@ program simulate
 		if "`nodots'" == "" {
 			_dots `i' `reps' `rc'
 		}
+		else {
+			set progress `i' `reps'
+		}
 	}
 	postclose `post'
 	quietly use `"`file'"', clear
