@@ -369,7 +369,7 @@ TEST(mosa_cc, functions_and_definitions)
         "{\n  return((*f)(x, 1))\n}",
         "real scalar t_pass(f(), x) return(f(x, 2))",
         "real scalar t_fact(real scalar n) {\n  if (n<2) return(1)\n  return(n*t_fact(n-1))\n}",
-        "void t_set(x) x = 99",
+        "void t_set(x) {\n x = 99\n return()\n x = 98\n}",
         "real scalar t_byref() {\n real scalar y\n y = 1\n t_set(y)\n return(y)\n}",
         "real scalar t_skip() {\n real scalar i, n\n n = 0\n for (i=1; i<=10; i++) {\n"
         "  if (i==3) continue\n  if (i==6) break\n  n = n + i\n }\n return(n)\n}",
