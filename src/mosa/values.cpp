@@ -338,6 +338,22 @@ int32_t remakemiss(matobj *m, int16_t eltype, int32_t rows, int32_t cols)
 
 // ---- copying
 
+// Two instances of one class.
+static bool same_class(const matobj *a, const matobj *b)
+{
+    return mo_isinstance(a) && mo_isinstance(b) && a->rows == b->rows &&
+           mo_pel(a)[0] == mo_pel(b)[0];
+}
+
+// An object that is assigned to stays the object it is: its members take new values.
+static int32_t copy_members(matobj *to, const matobj *from)
+{
+    for (int32_t k = 1; k < to->rows; k++)
+        if (mo_pel(to)[k] && mo_pel(from)[k] && cpymat(mo_pel(to)[k], mo_pel(from)[k], false))
+            return 1;
+    return 0;
+}
+
 int32_t matcpy_el(matobj *dest, int64_t di, const matobj *src, int64_t si)
 {
     switch (src->eltype) {
@@ -352,8 +368,11 @@ int32_t matcpy_el(matobj *dest, int64_t di, const matobj *src, int64_t si)
     case MO_STRUCT:
     case MO_CLASS: {
         matobj *from = mo_pel(src)[si];
-        if (from == mo_pel(dest)[di])
+        matobj *to = mo_pel(dest)[di];
+        if (from == to)
             return 0;
+        if (from && to && same_class(to, from))
+            return copy_members(to, from);
         matobj *copy = from ? m_dupinstance(from) : nullptr;
         if (from && !copy)
             return 1;

@@ -476,6 +476,7 @@ TEST(mosa_cc, classes)
         "real scalar t_cast() {\n class B scalar b\n b.side = 3\n"
         " return(((class A scalar) b).area())\n}",
         "struct S2 {\n real scalar x\n}",
+        "real scalar t_left() {\n class A scalar t\n x = t\n x = t\n return(t.how() + 0)\n}",
         "real scalar t_area(class A scalar a) return(a.area())",
         "real scalar t_wrong(real scalar k) {\n class A scalar a\n class B scalar b\n struct S2 "
         "scalar s\n b.side = 6\n return(k==1 ? t_area(a) : k==2 ? t_area(b) : t_area(s))\n}",
@@ -483,8 +484,12 @@ TEST(mosa_cc, classes)
         " return(p->area() + p->side)\n}",
     };
     static const value_row rows[] = {
-        {"t_objects()", 25502092},       {"t_more()", 810}, {"t_cast()", 9}, {"t_made()", 20},
+        {"t_objects()", 25502092},
+        {"t_more()", 810},
+        {"t_cast()", 9},
+        {"t_made()", 20},
         {"t_wrong(1) + t_wrong(2)", 37},
+        {"t_left()*10 + t_left()", 11},
     };
     for (bool optimise : {true, false}) {
         ms("");
