@@ -2,7 +2,7 @@
 # Installs the Debian packages that are missing. Says nothing when all is in place.
 #   packages.sh run|test|bench
 set -eu
-want="g++ cmake ninja-build libre2-dev pkg-config libcairo2-dev libedit-dev libncurses-dev"
+want="g++ cmake ninja-build libre2-dev pkg-config libcairo2-dev libedit-dev libncurses-dev libopenblas0"
 case ${1:-run} in
     test) want="$want libgtest-dev" ;;
     bench) want="$want libbenchmark-dev" ;;

@@ -9,6 +9,7 @@
 #include "interp/interp.h"
 #include "interp/macros.h"
 #include "interp/messages.h"
+#include "mosa/values.h"
 #include "output/print.h"
 #include <cstdio>
 #include <cstring>
@@ -26,6 +27,8 @@ static void on_remove(void *payload, int32_t type)
 {
     if (type == DM_PROGRAM && payload == sys_pgmloc)
         sys_pgmloc = nullptr;
+    if (type == DM_PROGRAM && !*static_cast<pgmrec *>(payload)->owner)
+        mo_dropclass(dm_rec(payload)->name);
     else if (type == DM_TMPNAME)
         post_onremove(payload);
     else if (type == DM_FILEHANDLE)

@@ -239,6 +239,7 @@ int32_t tinit()
         return 0;
     }
     catch_signal(SIGINT, setbrk, 0);
+    signal(SIGQUIT, SIG_IGN);  // a slip of the finger must not cost the data
     catch_signal(SIGWINCH, settermsize, SA_RESTART);
     stopflag = 0;
     int32_t lines, columns;

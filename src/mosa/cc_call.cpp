@@ -391,7 +391,7 @@ void cx_cast(int32_t a, int32_t b)
     if (et.eltype == MT_CLASS && !known) {
         mop_add(167);
         mop_add_slit(name);
-        mop_add(ce_stamp(ce_classlookup(name)));
+        mop_add(0); // NULL is no instance
     } else if (et.eltype == MT_POINTER && ty_of(et.ptrto).eltype == MT_CLASS &&
                ef.eltype != MT_POINTER)
         mop_add(154);

@@ -105,10 +105,8 @@ static bool draw_line()
         return false;
     }
     size_t n = strlen(m_src);
-    if (size_t(at) + n + 1 > sizeof m_src) { // places saved before are lost with the room
-        m_srcpos = 0;
-        return true;
-    }
+    if (size_t(at) + n + 1 > sizeof m_src)
+        cc_err("line too long\n");
     memmove(m_src + at, m_src, n + 1);
     memcpy(m_src, kept, size_t(at));
     m_srcpos = at;

@@ -46,6 +46,8 @@ static bool is_unary(int32_t i, int32_t a)
     if (i == a)
         return true;
     int32_t prev = tk(i - 1)->tok;
+    if (prev == ')' && cc_istypeword(tk(tk(i - 1)->match + 1)->tok)) // a cast
+        return true;
     return row_of(prev) >= 0 || prev == ':' || prev == '!';
 }
 

@@ -2,6 +2,7 @@
 #include "core/settings.h"
 #include "core/text.h"
 #include "mosa/cc_int.h"
+#include "mosa/vm.h"
 #include <cmath>
 #include <cstring>
 
@@ -288,6 +289,8 @@ static bool keyword_stmt()
 void cc_stmt()
 {
     breakout();
+    if (m_nativefull())
+        cc_err("program too long\n");
     if (m_tok == '{') {
         m_gettok();
         block();

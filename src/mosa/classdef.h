@@ -89,6 +89,11 @@ inline bool mo_isinstance(const matobj *m)
 [[nodiscard]] matobj *m_dupinstance(const matobj *instance);
 bool structequal(const matobj *a, const matobj *b);
 bool classequal(const matobj *a, const matobj *b);
+// The program whose file a definition or function came with, "" for none.
+inline const char *mo_program(const matobj *f)
+{
+    return f->info && f->info->inclass ? dm_rec(f)->name : "";
+}
 // The definition is cls or has it as an ancestor.
 bool cls_isa(const matobj *definition, const char *cls);
 // Of a prepared definition: its parent or null, whether it declares the member function, the

@@ -298,7 +298,7 @@ matobj *cls_virtual(const matobj *definition, const char *member)
             continue;
         if (rec[0] == CR_VIRT && rec[6] == m_sysclock)
             return static_cast<matobj *>(m_linkget(rec + 6));
-        matobj *f = emo_find(sys_pgmclass, mo_name(d), member);
+        matobj *f = emo_find(mo_program(d), mo_name(d), member);
         if (f && rec[0] == CR_VIRT)
             m_linkput(rec + 6, m_sysclock, f);
         return f;
@@ -441,6 +441,10 @@ void rt_clsdestroy(matobj *instance)
 
 matobj *m_dupinstance(const matobj *instance)
 {
+    if (m_nativefull()) {
+        m_xrc = instance->eltype == MO_CLASS ? 3305 : 3304;
+        return nullptr;
+    }
     matobj *copy = m_mktmat(instance->eltype, instance->rows, instance->cols);
     if (!copy)
         return nullptr;

@@ -48,6 +48,10 @@ static bool instances_equal(const matobj *a, const matobj *b)
         return true;
     if (!a || !b)
         return false;
+    if (m_nativefull()) {
+        m_xrc = 3998;
+        return false;
+    }
     return a->eltype == MO_CLASS ? classequal(a, b) : structequal(a, b);
 }
 

@@ -167,7 +167,10 @@ int32_t run_block(bool colon)
         if (!keyboard || colon)
             return rc;
         globalrc = rc;
+        rc_shown = false;
         show_rc_line();
+        globalrc = 0;
+        rc_shown = false;
         stopflag = 0;
         altstopflag = 0;
     }

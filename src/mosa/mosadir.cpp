@@ -54,8 +54,9 @@ std::string full_name(const matobj *m)
 
 bool shown(const matobj *m)
 {
+    // Functions of a program file are nobody else's: they come and go with their program.
     if (mo_isfcn(m))
-        return *mo_name(m) && *mo_name(m) != '<';
+        return *mo_name(m) && *mo_name(m) != '<' && !m->info->inclass;
     return m_isvisible(m);
 }
 
@@ -67,6 +68,14 @@ void collect(std::vector<matobj *> *list)
     for (matobj *m = mo_nextmat(nullptr); m; m = mo_nextmat(m))
         if (shown(m))
             list->push_back(m);
+}
+
+matobj *first_shown(matobj *(*next)(matobj *))
+{
+    matobj *m = next(nullptr);
+    while (m && !shown(m))
+        m = next(m);
+    return m;
 }
 
 void list_line(const matobj *m)
@@ -132,13 +141,12 @@ int32_t mosa_clear(int32_t)
 {
     if (*rest_of_line())
         return errout(RC_SYNTAX, "invalid syntax\n");
-    std::vector<matobj *> list;
-    collect(&list);
-    // Matrices first: a class instance that goes still needs its definition and destroy().
-    std::stable_partition(list.begin(), list.end(), [](const matobj *m) { return !mo_isfcn(m); });
-    for (matobj *m : list)
-        if (dm_rec(m)->type == DM_MOSAFCN || m->status)
-            m_rmobject(m);
+    // Matrices first: a class instance that goes still needs its definition and destroy(). What
+    // destroy() does may take other objects along, so each walk begins anew.
+    while (matobj *m = first_shown(mo_nextmat))
+        m_rmobject(m);
+    while (matobj *f = first_shown(mo_nextfcn))
+        m_rmobject(f);
     m_newstatement();
     if (!mosa_xeq_depth)
         mosa_has_any_memory();

@@ -59,6 +59,14 @@ static matobj *find_in(const char *key, bool inclass, const char *name, const ch
     return nullptr;
 }
 
+static matobj *first_in(const char *cls)
+{
+    void *p = dmfind0(cls, DM_MOSAFCN);
+    while (p && !static_cast<matobj *>(p)->info->inclass)
+        p = dmnamenext(p, DM_MOSAFCN);
+    return static_cast<matobj *>(p);
+}
+
 matobj *mo_findfcn(const char *cls, const char *name, const char *subname)
 {
     if (*cls)
@@ -74,6 +82,14 @@ bool fcnnameavbl(const char *cls, const char *name, const char *subname, char *b
         return true;
     snprintf(buffer, 110, "%s%s%s%s%s", cls, *cls ? "." : "", name, *subname ? "::" : "", subname);
     return false;
+}
+
+void mo_dropclass(const char *cls)
+{
+    if (!*cls)
+        return;
+    for (matobj *f; (f = first_in(cls));)
+        m_rmobject(f);
 }
 
 void mo_renamefcn(matobj *f, const char *name)

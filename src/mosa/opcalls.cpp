@@ -195,12 +195,19 @@ static bool push_cached(int32_t *cache)
     return true;
 }
 
+// Functions of a program's file find each other wherever they are called from.
+static const char *program_at_hand()
+{
+    const matobj *f = m_vm.curfcn;
+    return f && f->info && f->info->inclass ? mo_program(f) : sys_pgmclass;
+}
+
 void opfindf()
 {
     int32_t *cache = m_vm.pc + 1;
     const int32_t *text = m_vm.pc + 4;
     if (!push_cached(cache)) {
-        matobj *f = emo_find(sys_pgmclass, inline_text(text), "");
+        matobj *f = emo_find(program_at_hand(), inline_text(text), "");
         if (!f) {
             m_custom_xeqerrf(3499, "%s() not found", inline_text(text));
             return;
@@ -265,7 +272,7 @@ void opfind()
     if (!m && kind == 1)
         m = m_mkglobalmat(name, MO_REAL, 0, 0);
     else if (!m) {
-        m = emo_find(sys_pgmclass, name, "");
+        m = emo_find(program_at_hand(), name, "");
         if (!m)
             m_custom_xeqerrf(3499, kind == 2 ? "%s() not found" : "%s not found", name);
     }

@@ -225,7 +225,7 @@ matobj *findloadfcn(matobj *definition, const char *member, bool isvirtual)
 {
     for (matobj *def = definition; def; def = cls_parent(def))
         if (cls_declares(def, member)) {
-            matobj *f = emo_find("", def->info->name, member);
+            matobj *f = emo_find(mo_program(def), def->info->name, member);
             if (f)
                 return f;
             break;

@@ -480,20 +480,55 @@ static void release_targets(matobj *m)
     }
 }
 
+// Blocks and name given back, the record to the pool.
+static void free_record(matobj *m)
+{
+    put_block(m->data, m->alloc);
+    safefree(m->info);
+    m->info = nullptr;
+    put_rec(m);
+}
+
+// Targets go depth first, so that destructors run in the order of the nesting. A chain longer
+// than this is taken apart link by link instead, which costs no native stack; what waits is
+// strung together through the place of the name.
+static constexpr int32_t free_nesting = 200;
+static int32_t free_depth;
+static matobj *free_later;
+
+static void free_targets(matobj *m)
+{
+    if (free_depth >= free_nesting) {
+        safefree(m->info);
+        m->info = reinterpret_cast<matinfo *>(free_later);
+        m->status = 0;
+        free_later = m;
+        return;
+    }
+    free_depth++;
+    release_targets(m);
+    free_record(m);
+    while (free_depth == free_nesting && free_later) {
+        matobj *next = free_later;
+        free_later = reinterpret_cast<matobj *>(next->info);
+        next->info = nullptr;
+        release_targets(next);
+        free_record(next);
+    }
+    free_depth--;
+}
+
 static void free_parts(matobj *m, bool walk)
 {
     if (mo_isptrlike(m->eltype) && m->view == 0) {
         m->links = mo_maxlinks; // a cycle back to this record must not free it again
         if (walk && m->data)
-            release_targets(m);
+            return free_targets(m);
     } else if (m->view == 0)
         selfree(m);
     else if (m->view > 2)
         v_fvfree(m);
-    put_block(m->data, m->alloc);
-    safefree(m->info);
-    m->info = nullptr;
-    put_rec(m);
+    free_record(m);
 }
 
 // True when destroy() left a link to the instance, which then goes on living.

@@ -203,6 +203,8 @@ bool m_isglobal(const matobj *m);
 void m_makeinvisible(matobj *m);
 bool m_rmobject(matobj *m);
 bool m_rmglobalmat(const char *name);
+// The functions of a program class go with the program; one that runs is no longer found.
+void mo_dropclass(const char *cls);
 void mo_renamefcn(matobj *f, const char *name);
 [[nodiscard]] int32_t mo_renamemat(matobj *m, const char *name);
 matobj *mo_nextfcn(matobj *f); // null gives the first

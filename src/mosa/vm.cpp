@@ -43,7 +43,7 @@ static void measure_native_stack(const char *here)
     native_room = room > 2 * margin ? room - margin : room / 2;
 }
 
-static bool native_full()
+bool m_nativefull()
 {
     const char *here = static_cast<const char *>(__builtin_frame_address(0));
     return uint64_t(native_base - here) > native_room && here < native_base;
@@ -390,7 +390,7 @@ void m_xeq(matobj *fcn, int32_t argc)
     m_vm.pc = nullptr;
     if (fcn->info)
         fcn->info->stamp = m_sysclock;
-    if (native_full())
+    if (m_nativefull())
         m_xrc = 3998;
     else if (fit_to_run(fcn)) {
         m_ops = mo_code(fcn);
@@ -402,7 +402,7 @@ void m_xeq(matobj *fcn, int32_t argc)
         leave_with_value();
         return;
     }
-    if (!m_xrc_first)
+    if (!m_xrc_first && m_xrc != 10002) // exit() brought its own
         m_xrc_first = m_xrc;
     m_xeqerrstd();
     release_to(m_vm.frame);

@@ -132,7 +132,10 @@ static void put_line(const char *name, int32_t code, const char *text, bool wher
 static void report(int32_t code, const char *text)
 {
     outlev_keep keep(3);
-    const char *name = fcn_name(m_vm.curfcn);
+    char name[80];
+    strcut(name, sizeof name - 2, fcn_name(m_vm.curfcn));
+    if (*name != '<')
+        memcpy(name + strlen(name), "()", 3);
     if (m_xeqerrid && code) {
         put_line(m_xeqerrid, code, text, false);
         code = 0;

@@ -54,7 +54,7 @@ int32_t omlcolumn(const oml *o);                 // 1-based column of the next c
 
 // Logs attached to a renderer. A log is a descriptor with a kind and a width of its own;
 // output is the plain one, input the mark-up one (named for what they hold: what came out,
-// what went in). fd -1 detaches. Several may be attached; id tells them apart.
+// what went in). Several may be attached; id tells them apart.
 int32_t omlset_log_output(oml *o, int32_t fd, int32_t width);  // id, or -1 without memory
 int32_t omlset_log_input(oml *o, int32_t fd);                  // id, or -1
 void omllog_pause(oml *o, int32_t id, bool pause);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <sys/stat.h>
 
 using str = std::string;
 
@@ -181,7 +182,9 @@ int32_t translate_file(const char *from, const char *to, bool replace, const tra
     int32_t in = ov_open(from, OV_READ);
     if (in < 0)
         return fierr(in, from);
-    if (path_expand(from) == path_expand(to)) {
+    struct stat a, b;  // by any other name it is the same file
+    if (!fstat(in, &a) && !stat(path_expand(to).c_str(), &b) && a.st_ino == b.st_ino &&
+        a.st_dev == b.st_dev) {
         ov_close(in);
         return fierr(602, to);
     }

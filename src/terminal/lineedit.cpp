@@ -139,7 +139,18 @@ static void stop_here()
 {
     suspended = 0;
     raw_mode(false);
-    raise(SIGSTOP);
+    // Not the stop that cannot be refused: with nobody to wake the job up the system ignores
+    // this one.
+    struct sigaction usual = {}, ours;
+    usual.sa_handler = SIG_DFL;
+    sigset_t one;
+    sigemptyset(&one);
+    sigaddset(&one, SIGTSTP);
+    sigaction(SIGTSTP, &usual, &ours);
+    raise(SIGTSTP);
+    sigprocmask(SIG_UNBLOCK, &one, nullptr); // stops here
+    sigprocmask(SIG_BLOCK, &one, nullptr);
+    sigaction(SIGTSTP, &ours, nullptr);
     raw_mode(true);
     new_size();
 }
@@ -535,6 +546,8 @@ static kb_answer edit(bool fresh, char *buffer, int32_t len)
     // What was typed ahead was echoed by the terminal: it is drawn again, as part of the line.
     el_wset(el, EL_PREP_TERM, 1);
     put(("\r" + std::string(sc_clearline()) + "\033[?2004h").c_str());
+    if (winresized)
+        el_resize(el);
     winresized = 0;
     const wchar_t *text = el_wgets(el, &n);
     put("\033[?2004l");

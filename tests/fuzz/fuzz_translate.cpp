@@ -6,12 +6,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <sys/mman.h>
 #include <unistd.h>
 
+// A file in memory, with a name.
 struct onfile {
-    char name[24] = "/tmp/fuzztrnXXXXXX";
-    int fd = mkstemp(name);
-    ~onfile() { unlink(name); }
+    int fd = memfd_create("fuzz", 0);
+    std::string path = "/proc/self/fd/" + std::to_string(fd);
+    const char *name = path.c_str();
     std::string text() const
     {
         std::string s(size_t(lseek(fd, 0, SEEK_END)), 0);

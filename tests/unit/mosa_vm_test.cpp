@@ -40,7 +40,7 @@ TEST(MosaVm, OptionalArgumentsKeepTheirSlots)
     EXPECT_EQ(call_values(f, {"R1,1:1", "R1,1:2", "S1,1:a"}), "R1,3:1 2 .");
     EXPECT_EQ(call_values(f, {}), "3001");
     EXPECT_EQ(session_output,
-              "                       f:  3001  expected 1 to 3 arguments but received 0\n");
+              "                     f():  3001  expected 1 to 3 arguments but received 0\n");
     mo_freefcn(f);
 }
 
@@ -89,8 +89,8 @@ TEST(MosaVm, TracebackNamesEachFrame)
     s.op("argc", 0).findf("outer").op("call", 0, 0).op("list2").op("pop").op("stop");
     EXPECT_EQ(statement(s), 3200);
     EXPECT_EQ(session_output, "                       *:  3200  conformability error\n"
-                              "                   inner:     -  function returned error [7]\n"
-                              "                   outer:     -  function returned error\n"
+                              "                 inner():     -  function returned error [7]\n"
+                              "                 outer():     -  function returned error\n"
                               "                 <istmt>:     -  function returned error\n");
     assembler missing;
     missing.op("argc", 0).findf("nosuch").op("call", 0, 0).op("stop");

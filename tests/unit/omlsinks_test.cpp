@@ -278,7 +278,7 @@ TEST(omlsinks, html_escapes_and_pages_are_made)
         EXPECT_TRUE(kind == TR_PDF || page.find("%%Pages: 5") != page.npos); // 201 lines, 58 each
     }
     EXPECT_EQ(translate_file(in.name, out.name, false, how), 602);
-    EXPECT_EQ(translate_file(in.name, in.name, true, how), 602);
+    EXPECT_EQ(translate_file(in.name, (std::string("/tmp/.") + (in.name + 4)).c_str(), true, how), 602);
     EXPECT_EQ(translate_file("/nosuch/in", out.name, true, how), 601);
     how.kind = TR_TEXT;
     ASSERT_TRUE(!symlink("/dev/full", "full.txt") || errno == EEXIST);
