@@ -177,7 +177,12 @@ void bitrunc(int32_t argc)
 void biabs(int32_t argc)
 {
     matobj *a = m_arg(0);
-    if (mo_isfcn(a) || a->eltype != MO_COMPLEX) {
+    if (!mo_isfcn(a) && a->eltype != MO_REAL && a->eltype != MO_COMPLEX) {
+        m_xeqerrid = "abs()";
+        m_xrc = 3251;
+        return;
+    }
+    if (mo_isfcn(a) || a->eltype == MO_REAL) {
         unary(argc, "abs()", fn_abs, nullptr, true);
         return;
     }

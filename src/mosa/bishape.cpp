@@ -168,16 +168,10 @@ void reshaped(int32_t argc, const char *id, bool byrows)
     matobj *r = src ? m_mktmat(a->eltype, rows, cols) : nullptr;
     if (!r)
         return;
-    // rowshape reads and fills row by row, colshape column by column.
-    for (int64_t k = 0; k < count; k++) {
-        int64_t from = k, to = k;
-        if (!byrows) {
-            from = (k % a->rows) * a->cols + k / a->rows;
-            to = (k % rows) * cols + k / rows;
-        }
-        if (matcpy_el(r, to, src, from))
+    // Both read and fill row by row.
+    for (int64_t k = 0; k < count; k++)
+        if (matcpy_el(r, k, src, k))
             break;
-    }
     if (src != a)
         mo_freemat(src);
     m_result(argc, r);
