@@ -75,6 +75,7 @@ bool m_nlokay()
         return false;
     m_srcpos = 0;
     if (!m_getline()) {
+        breakout();
         m_src[0] = 0;
         m_tok = T_EOL;
         m_toktext[0] = 0;
@@ -101,6 +102,7 @@ static bool draw_line()
     int32_t at = m_srcpos;
     memcpy(kept, m_src, size_t(at));
     if (!m_mayreadcons || !m_getline || !m_getline()) {
+        breakout();
         m_setline("");
         return false;
     }

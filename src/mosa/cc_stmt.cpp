@@ -178,8 +178,21 @@ static void goto_stmt()
     cc_stmtend();
 }
 
+// return() is return.
+static void skip_empty_parens()
+{
+    if (m_tok != '(' || m_nexttok() != ')')
+        return;
+    int32_t behind = m_nextnexttok();
+    if (behind != T_EOL && behind != ';' && behind != '}')
+        return;
+    m_gettok();
+    m_gettok();
+}
+
 static void return_stmt()
 {
+    skip_empty_parens();
     if (cc_expr(T_EOL, true)) {
         int32_t type = ts_pop();
         if (m_pgm.isfunc)

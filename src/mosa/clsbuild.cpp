@@ -460,6 +460,8 @@ matobj *m_dupinstance(const matobj *instance)
         }
         pelreplace(copy, k, m);
     }
+    if (cls)
+        copy->status = 2; // no new() ran for it, so no destroy() will
     copy->links = 0;
     return copy;
 }

@@ -78,6 +78,37 @@ matobj *first_shown(matobj *(*next)(matobj *))
     return m;
 }
 
+bool still_there(const matobj *object)
+{
+    for (matobj *(*next)(matobj *) : {mo_nextmat, mo_nextfcn})
+        for (matobj *m = next(nullptr); m; m = next(m))
+            if (m == object)
+                return true;
+    return false;
+}
+
+// With nothing running and no name left, what is still there points at itself in circles (but
+// for statics of classes that program files keep). Emptying the pointers lets it go.
+void open_circles()
+{
+    for (matobj *f = mo_nextfcn(nullptr); f; f = mo_nextfcn(f))
+        if (f->info->inclass)
+            return;
+    for (matobj *m = mo_nextmat(nullptr); m;) {
+        bool full = false;
+        for (int64_t k = 0; m->eltype == MO_POINTER && !m->view && k < mo_count(m); k++)
+            full |= mo_pel(m)[k] != nullptr;
+        if (!full) {
+            m = mo_nextmat(m);
+            continue;
+        }
+        m->links++;
+        mo_subptrfree(m);
+        mo_unlink(m);
+        m = mo_nextmat(nullptr);
+    }
+}
+
 void list_line(const matobj *m)
 {
     spout21f("%12lld   %-27s %s\n", static_cast<long long>(m_objsize(m)), type_text(m).c_str(),
@@ -131,7 +162,8 @@ int32_t mosa_drop(int32_t)
     if (!rc)
         rc = mparse(&names, rest_of_line(), MP_MATRICES | MP_FUNCTIONS);
     for (int32_t i = 0; !rc && i < names.n; i++)
-        m_rmobject(names.obj[i]);
+        if (still_there(names.obj[i])) // named twice, or taken along by a destructor
+            m_rmobject(names.obj[i]);
     mparsefree(&names);
     m_newstatement();
     return rc;
@@ -148,8 +180,10 @@ int32_t mosa_clear(int32_t)
     while (matobj *f = first_shown(mo_nextfcn))
         m_rmobject(f);
     m_newstatement();
-    if (!mosa_xeq_depth)
+    if (!mosa_xeq_depth) {
+        open_circles();
         mosa_has_any_memory();
+    }
     return 0;
 }
 

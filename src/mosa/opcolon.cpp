@@ -330,6 +330,8 @@ static void whole_equal(bool want)
     if (no_mat(m_stak[-1]) || no_mat(m_stak[0]) || two_arrays())
         return;
     bool truth = matricesequal(m_stak[-1], m_stak[0]) == want;
+    if (m_xrc)
+        return;
     matobj *out = rs_new(truth);
     if (!out)
         return;

@@ -338,6 +338,39 @@ int32_t remakemiss(matobj *m, int16_t eltype, int32_t rows, int32_t cols)
 
 // ---- copying
 
+// Whether the members of one instance may go into another's, one by one. A class instance keeps
+// its definition in row 0.
+static bool same_members(const matobj *to, const matobj *from)
+{
+    return to->links == 1 && to->eltype == from->eltype && to->rows == from->rows &&
+           (to->eltype != MO_CLASS || mo_pel(to)[0] == mo_pel(from)[0]);
+}
+
+// An instance assigned: what is there takes the members, so that nothing is built or ended for
+// it; otherwise a copy takes its place.
+static int32_t copy_instance(matobj *dest, int64_t di, matobj *from)
+{
+    matobj *to = mo_pel(dest)[di];
+    if (from == to)
+        return 0;
+    if (!from || !to || !same_members(to, from)) {
+        matobj *copy = from ? m_dupinstance(from) : nullptr;
+        if (from && !copy)
+            return 1;
+        pelreplace(dest, di, copy);
+        return 0;
+    }
+    int32_t rc = 0;
+    from->links++; // it may be a part of what is overwritten
+    to->links++;
+    for (int32_t k = from->eltype == MO_CLASS; k < from->rows && !rc; k++)
+        if (mo_pel(to)[k] && mo_pel(from)[k])
+            rc = cpymat(mo_pel(to)[k], mo_pel(from)[k], false);
+    mo_unlink(to);
+    mo_unlink(from);
+    return rc;
+}
+
 int32_t matcpy_el(matobj *dest, int64_t di, const matobj *src, int64_t si)
 {
     switch (src->eltype) {
@@ -350,16 +383,7 @@ int32_t matcpy_el(matobj *dest, int64_t di, const matobj *src, int64_t si)
         return selreplace(dest, di, sel_text(mo_sel(src)[si]), sel_len(mo_sel(src)[si]));
     case MO_POINTER: pelreplace(dest, di, mo_pel(src)[si]); return 0;
     case MO_STRUCT:
-    case MO_CLASS: {
-        matobj *from = mo_pel(src)[si];
-        if (from == mo_pel(dest)[di])
-            return 0;
-        matobj *copy = from ? m_dupinstance(from) : nullptr;
-        if (from && !copy)
-            return 1;
-        pelreplace(dest, di, copy);
-        return 0;
-    }
+    case MO_CLASS: return copy_instance(dest, di, mo_pel(src)[si]);
     default: memcpy(dest->data, src->data, size_t(std::min(dest->alloc, src->alloc))); return 0;
     }
 }
@@ -587,53 +611,12 @@ void mo_freefcn(matobj *f)
     mo_freefcn_force(f);
 }
 
-// Long chains of pointers are not followed on the native stack: what lies too deep waits in a
-// list, its links out of reach of every other way to free it.
-static matobj **waiting;
-static int64_t nwaiting, waiting_room;
-
-static bool set_aside(matobj *m)
-{
-    if (nwaiting == waiting_room) {
-        int64_t room = waiting_room ? waiting_room * 2 : 256;
-        auto *more = static_cast<matobj **>(saferealloc(waiting, size_t(room) * sizeof *waiting));
-        if (!more)
-            return false;
-        waiting = more;
-        waiting_room = room;
-    }
-    m->links = mo_maxlinks / 2;
-    waiting[nwaiting++] = m;
-    return true;
-}
-
-static void free_any(matobj *m)
+void mo_free(matobj *m)
 {
     if (mo_isfcn(m))
         mo_freefcn(m);
     else
         mo_freemat(m);
-}
-
-void mo_free(matobj *m)
-{
-    constexpr int32_t deepest = 200;
-    static int32_t depth;
-    if (depth >= deepest && set_aside(m))
-        return;
-    depth++;
-    free_any(m);
-    while (depth == 1 && nwaiting) {
-        matobj *next = waiting[--nwaiting];
-        next->links = 0;
-        free_any(next);
-    }
-    depth--;
-    if (depth == 0 && waiting) {
-        safefree(waiting);
-        waiting = nullptr;
-        waiting_room = 0;
-    }
 }
 
 void mo_free_force(matobj *m)

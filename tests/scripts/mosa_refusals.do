@@ -1,4 +1,4 @@
-* optimiser as it is
+set mosaoptimize on
 * what the compiler says when it refuses
 capture noisily mosa: x = 1)
 capture noisily mosa: x = (1]

@@ -1,4 +1,4 @@
-* optimiser as it is
+set mosaoptimize on
 * statements of the matrix language, one after the other
 mosa:
 // values and joins

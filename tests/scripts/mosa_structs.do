@@ -1,4 +1,4 @@
-* optimiser as it is
+set mosaoptimize on
 * structs, pointers and classes
 mosa:
 struct point {

@@ -369,7 +369,7 @@ TEST(mosa_cc, functions_and_definitions)
         "{\n  return((*f)(x, 1))\n}",
         "real scalar t_pass(f(), x) return(f(x, 2))",
         "real scalar t_fact(real scalar n) {\n  if (n<2) return(1)\n  return(n*t_fact(n-1))\n}",
-        "void t_set(x) x = 99",
+        "void t_set(x) {\n x = 99\n return()\n x = 98\n}",
         "real scalar t_byref() {\n real scalar y\n y = 1\n t_set(y)\n return(y)\n}",
         "real scalar t_skip() {\n real scalar i, n\n n = 0\n for (i=1; i<=10; i++) {\n"
         "  if (i==3) continue\n  if (i==6) break\n  n = n + i\n }\n return(n)\n}",
@@ -411,6 +411,43 @@ TEST(mosa_cc, functions_and_definitions)
     set_mosaoptimize = true;
 }
 
+// Every allocation and every poll fails once: nothing half built stays, nothing is lost.
+TEST(mosa_cc, failures_leave_nothing_behind)
+{
+    static const char *const texts[] = {
+        "x = \"text\" + (1 ? \"a\" : \"b\")",
+        "real scalar t__f(real scalar a) {\n struct t__u scalar b\n b.x = a\n return(b.x + 2.5)\n}",
+        "struct t__s {\n pointer(struct t__s scalar) scalar p\n}",
+        "class t__c {\n real scalar x\n virtual void f()\n}",
+    };
+    ASSERT_EQ(ms("struct t__u {\n real scalar x\n}"), 0);
+    for (const char *text : texts)
+        for (fault_kind kind : {F_MEM, F_BREAK}) {
+            bool failed = true;
+            for (int32_t n = 1; failed && n < 200; n++) {
+                mem_use before = mem_live();
+                int32_t objects = mo_cnt();
+                fault_arm(kind, n, false);
+                int32_t rc = ms(text, false);
+                failed = fault_disarm() > 0;
+                stopflag = 0;
+                if (!failed) {
+                    EXPECT_EQ(rc, 0) << text << session_output;
+                    break;
+                }
+                EXPECT_EQ(rc, 3000) << text << n;
+                EXPECT_NE(session_output, "") << text << n;
+                EXPECT_EQ(dm_dtyp[DM_MOSASCRATCH], nullptr);
+                EXPECT_LE(mo_cnt(), objects);
+                EXPECT_LE(mem_live().blocks, before.blocks) << text << n;
+            }
+            EXPECT_FALSE(failed);
+            for (const char *name : {"t__f", "t__s", "t__c"})
+                cc_freeistmt(name);
+            cc_freeistmt(name_istmt());
+        }
+}
+
 TEST(mosa_cc, classes)
 {
     static const char *const program[] = {
@@ -438,6 +475,11 @@ TEST(mosa_cc, classes)
         " u = t\n u.pub = 2\n return(t.peek()*100 + t.pub*10)\n}",
         "real scalar t_cast() {\n class B scalar b\n b.side = 3\n"
         " return(((class A scalar) b).area())\n}",
+        "struct S2 {\n real scalar x\n}",
+        "real scalar t_left() {\n class A scalar t\n x = t\n x = t\n return(t.how() + 0)\n}",
+        "real scalar t_area(class A scalar a) return(a.area())",
+        "real scalar t_wrong(real scalar k) {\n class A scalar a\n class B scalar b\n struct S2 "
+        "scalar s\n b.side = 6\n return(k==1 ? t_area(a) : k==2 ? t_area(b) : t_area(s))\n}",
         "real scalar t_made() {\n pointer(class B scalar) scalar p\n p = &(B())\n p->side = 4\n"
         " return(p->area() + p->side)\n}",
     };
@@ -446,6 +488,8 @@ TEST(mosa_cc, classes)
         {"t_more()", 810},
         {"t_cast()", 9},
         {"t_made()", 20},
+        {"t_wrong(1) + t_wrong(2)", 37},
+        {"t_left()*10 + t_left()", 11},
     };
     for (bool optimise : {true, false}) {
         ms("");
@@ -460,6 +504,7 @@ TEST(mosa_cc, classes)
             EXPECT_EQ(ms_value(r.text), r.value) << r.text << session_output;
     }
     set_mosaoptimize = true;
+    EXPECT_EQ(ms("t_wrong(3)"), 3260) << session_output;
     static const struct {
         const char *text, *words;
     } errors[] = {
