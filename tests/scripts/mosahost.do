@@ -210,12 +210,12 @@ clear all
 ownfile
 * tracing shows the lines of programs, and blocks go through logs
 set trace on
-own
+outer 1
 set trace off
-quietly log using mosahost.log, text replace
+quietly log using inner.log, text replace
 mosa: 6*7
 quietly log close
-type mosahost.log
+type inner.log
 * the end of the file within a block, and within a bracket
 file open `h' using cut.do, write text replace
 file write `h' "mosa:" _n "1+1" _n
