@@ -40,7 +40,7 @@ matobj *map_complex(matobj *a, cplxfn f)
 {
     matobj *r = bi_target(a, MO_COMPLEX);
     int64_t n = mo_count(a);
-    for (int64_t i = 0; r && i < n; i++) {
+    for (int64_t i = 0; r && i < n && !bi_stop(i); i++) {
         cplx z(mo_re(a)[i], mo_re(a)[n + i]);
         put(r, i, n, z.real() >= misval ? cplx(misval, misval) : f(z));
     }

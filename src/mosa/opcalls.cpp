@@ -63,8 +63,11 @@ static void call_definition(matobj *def, int32_t argc)
         if (made) {
             if (argc)
                 put_result(argc, made);
-            else
+            else {
                 m_push(made);
+                if (m_xrc) // left to the sweep, its destructor would begin all over
+                    mo_free(made);
+            }
         } else if (!m_xrc)
             m_xrc = 3900;
     }

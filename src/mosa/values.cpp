@@ -515,14 +515,20 @@ static void free_record(matobj *m)
 
 // Targets go depth first, so that destructors run in the order of the nesting. A chain longer
 // than this is taken apart link by link instead, which costs no native stack; what waits is
-// strung together through the place of the name.
+// strung together through the place of the name. Instances do not wait while there is room: a
+// destructor that makes another object, and so on, must come to an end by a full stack.
 static constexpr int32_t free_nesting = 200;
 static int32_t free_depth;
 static matobj *free_later;
 
+static bool must_wait(const matobj *m)
+{
+    return free_depth >= free_nesting && (m->eltype != MO_CLASS || m_nativefull(1 << 20));
+}
+
 static void free_targets(matobj *m)
 {
-    if (free_depth >= free_nesting) {
+    if (must_wait(m)) {
         safefree(m->info);
         m->info = reinterpret_cast<matinfo *>(free_later);
         m->status = 0;
@@ -641,9 +647,13 @@ void m_freeunlinkedmats()
 {
     if (mosa_xeq_depth >= 2)
         return;
+    // As many as there are now may run destructors: those may leave others behind.
+    int64_t due = 0;
+    for (matobj *m = mo_nextmat(nullptr); m; m = mo_nextmat(m))
+        due += m->links < 1;
     for (matobj *m = mo_nextmat(nullptr); m;) {
         if (m->links < 1) {
-            mo_freemat(m);
+            due-- > 0 ? mo_freemat(m) : mo_freemat_no_destroy(m);
             m = mo_nextmat(nullptr);
         } else
             m = mo_nextmat(m);

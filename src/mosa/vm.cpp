@@ -43,10 +43,10 @@ static void measure_native_stack(const char *here)
     native_room = room > 2 * margin ? room - margin : room / 2;
 }
 
-bool m_nativefull()
+bool m_nativefull(uint64_t beyond)
 {
     const char *here = static_cast<const char *>(__builtin_frame_address(0));
-    return uint64_t(native_base - here) > native_room && here < native_base;
+    return uint64_t(native_base - here) > native_room + beyond && here < native_base;
 }
 
 int32_t mosastakinit(int32_t on)

@@ -46,7 +46,8 @@ void m_callfcn(matobj *fcn, int32_t argc);
 // Runs "<istmt%d>". 0, 1 for a break, else the first code. Words are printed.
 int32_t ixeq();
 const char *name_istmt(); // "<istmt%d>" of the present depth
-bool m_nativefull();      // too little of the native stack is left to go deeper
+// Too little of the native stack is left to go deeper; beyond allows so many bytes more.
+bool m_nativefull(uint64_t beyond = 0);
 void m_newstatement();    // links cached so far become stale
 extern void (*m_autoclose)(); // closes what a statement left open; null when nothing does
 
