@@ -20,7 +20,7 @@ uint8_t byte()
 double number()
 {
     double z = int8_t(byte());
-    if (left >= 8 && byte() & 1) {
+    if (left > 8 && byte() & 1) {
         memcpy(&z, at, 8);
         at += 8;
         left -= 8;
