@@ -78,8 +78,15 @@ class animal {
     public:
     real scalar legs
     virtual real scalar speed()
+    real scalar walk()
 }
 real scalar animal::speed() return(legs)
+real scalar animal::walk() return(legs)
+real scalar of_animal()
+{
+    class animal scalar a
+    return(a.walk())
+}
 class bird extends animal {
     public:
     real scalar speed()
@@ -108,15 +115,18 @@ foreach line in "of_bird()" "endlessly()" "not_of_bird(1)" "not_of_bird(apair(1)
 }
 
 * A child runs only with the parent it was compiled with.
-mosa drop animal() animal::speed()
+mosa drop animal() animal::speed() animal::walk()
 mosa
 class animal {
     public:
     real scalar legs, wings
     virtual real scalar speed()
+    real scalar walk()
 }
 real scalar animal::speed() return(legs)
+real scalar animal::walk() return(legs)
 end
+capture noisily mosa: of_animal()
 capture noisily mosa: of_bird()
 display _rc
 mosa clear
