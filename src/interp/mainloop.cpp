@@ -127,7 +127,10 @@ int32_t doreq()
     // Under nobreak a waiting break is kept for the end of the prefix.
     if (!altstopflag_val)
         altstopflag = 0;
-    stopflag = 0;
+    // One that came since the line before looked, while this one was fetched, is not lost.
+    bool broken = stopflag && (runprog || dofilep);
+    if (!broken)
+        stopflag = 0;
     rc_shown = false;
     byvar = 0;
     // Lines without a range of their own, local and scalar among them, see all observations.
@@ -138,7 +141,7 @@ int32_t doreq()
     double outer = started;
     started = set_rmsg ? clock_secs() : -1;
     doreq_nest++;
-    globalrc = expand();
+    globalrc = broken ? int32_t(RC_BREAK) : expand();
     if (!globalrc)
         globalrc = run_next();
     doreq_nest--;

@@ -7,6 +7,12 @@
 #include "mosa/views.h"
 #include "mosa/vm.h"
 
+bool row_break(); // of the machine: true with 1 in m_xrc when a stop is asked
+inline bool bi_stop(int64_t k)  // the same for element k, looked at now and then
+{
+    return (k & 4095) == 0 && row_break();
+}
+
 // The k-th of argc arguments, from 1.
 inline matobj *bi_arg(int32_t argc, int32_t k)
 {

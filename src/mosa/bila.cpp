@@ -4,6 +4,7 @@
 // Arrays stand by rows where LAPACK wants columns, so each routine is handed the transpose and
 // its answer is read as the transpose of what it says. Without the library: 3022.
 #include "core/mem.h"
+#include "core/state.h"
 #include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
 #include "mosa/blas.h"
@@ -500,10 +501,13 @@ namespace
 
 // Rows compared by the columns listed, negative for descending; ties keep their order.
 struct row_less {
+    struct stopped {};  // thrown out of the sort, never further
     const matobj *a;
     const std::vector<int32_t> *by;
     bool operator()(int32_t p, int32_t q) const
     {
+        if (stopflag)
+            throw stopped{};
         char s[256], t[256];
         for (int32_t c : *by) {
             int32_t j = std::abs(c) - 1;
@@ -550,7 +554,14 @@ void biorder(int32_t argc)
     }
     for (int32_t i = 0; i < a->rows; i++)
         perm[size_t(i)] = i;
-    std::stable_sort(perm.begin(), perm.end(), row_less{a, &by});
+    try {
+        if (!row_break())
+            std::stable_sort(perm.begin(), perm.end(), row_less{a, &by});
+    } catch (const row_less::stopped &) {
+        row_break();
+    }
+    if (m_xrc)
+        return;
     matobj *r = m_mktmat(MO_REAL, a->rows, 1);
     for (int32_t i = 0; r && i < a->rows; i++)
         mo_re(r)[i] = perm[size_t(i)] + 1;

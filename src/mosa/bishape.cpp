@@ -119,10 +119,11 @@ void biJ(int32_t argc)
         return;
     int64_t n = mo_count(r);
     if (a->eltype == MO_REAL)
-        std::fill_n(mo_re(r), n, *mo_re(a));
+        for (int64_t k = 0; k < n && !row_break(); k += 65536)
+            std::fill_n(mo_re(r) + k, std::min<int64_t>(n - k, 65536), *mo_re(a));
     else
         for (int64_t k = 0; k < n; k++)
-            if (matcpy_el(r, k, a, 0))
+            if (bi_stop(k) || matcpy_el(r, k, a, 0))
                 break;
     if (a != v)
         mo_freemat(a);

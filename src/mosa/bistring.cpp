@@ -40,7 +40,7 @@ void map_text(int32_t argc, const char *id, std::string (*f)(text))
         return;
     matobj *r = m_mktmat(MO_STRING, a->rows, a->cols);
     char buffer[256];
-    for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n; k++)
+    for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n && !bi_stop(k); k++)
         if (!put(r, k, f(str_el(a, int32_t(k / a->cols), int32_t(k % a->cols), buffer))))
             break;
     if (r)
@@ -160,7 +160,7 @@ void bistrlen(int32_t argc)
         return;
     matobj *r = m_mktmat(MO_REAL, a->rows, a->cols);
     char buffer[256];
-    for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n; k++)
+    for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n && !bi_stop(k); k++)
         mo_re(r)[k] = double(str_el(a, int32_t(k / a->cols), int32_t(k % a->cols), buffer).size());
     if (r)
         m_result(argc, r);
@@ -184,7 +184,7 @@ void compare(int32_t argc, const char *id, double (*f)(text, text))
     }
     matobj *r = m_mktmat(MO_REAL, rows, cols);
     char x[256], y[256];
-    for (int32_t i = 0; r && i < rows; i++)
+    for (int32_t i = 0; r && i < rows && !bi_stop(i); i++)
         for (int32_t j = 0; j < cols; j++)
             mo_re(r)[int64_t(i) * cols + j] = f(str_el(a, i, j, x), str_el(b, i, j, y));
     if (r)
@@ -274,7 +274,7 @@ void bisubstr(int32_t argc)
     cols = std::max(cols, c2);
     matobj *r = m_mktmat(MO_STRING, rows, cols);
     char buffer[256];
-    for (int32_t i = 0; r && i < rows; i++)
+    for (int32_t i = 0; r && i < rows && !bi_stop(i); i++)
         for (int32_t j = 0; j < cols; j++) {
             double from = m_el(b, b->rows == 1 ? 0 : i, b->cols == 1 ? 0 : j);
             double len = l ? m_el(l, l->rows == 1 ? 0 : i, l->cols == 1 ? 0 : j) : misval;
@@ -284,6 +284,23 @@ void bisubstr(int32_t argc)
         }
     if (r)
         m_result(argc, r);
+}
+
+// Up to count occurrences of from become to. False for a text too long, or a break.
+static bool replaced(text s, text from, text to, double count, std::string *out)
+{
+    size_t at = 0, hit;
+    for (int64_t k = 0; !from.empty() && count >= 1 && (hit = s.find(from, at)) != s.npos;
+         count--, k++) {
+        out->append(s, at, hit - at).append(to);
+        at = hit + from.size();
+        if (bi_stop(k))
+            return false;
+        if (out->size() > 2147483647)
+            return bi_fail(3492);
+    }
+    out->append(s.substr(at));
+    return true;
 }
 
 // subinstr(s, old, new [, count])
@@ -302,14 +319,11 @@ void bisubinstr(int32_t argc)
     std::string to(p, size_t(n));
     matobj *r = m_mktmat(MO_STRING, s->rows, s->cols);
     char buffer[256];
-    for (int64_t k = 0, all = r ? mo_count(r) : 0; k < all; k++) {
-        std::string t(str_el(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer));
-        double left = count;
-        for (size_t at = 0; !from.empty() && left >= 1 && (at = t.find(from, at)) != t.npos;
-             left--) {
-            t.replace(at, from.size(), to);
-            at += to.size();
-        }
+    for (int64_t k = 0, all = r ? mo_count(r) : 0; k < all && !bi_stop(k); k++) {
+        text old = str_el(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer);
+        std::string t;
+        if (!replaced(old, from, to, count, &t))
+            return;
         if (!put(r, k, t))
             return;
     }
@@ -333,6 +347,8 @@ void bitokens(int32_t argc)
     }
     std::vector<std::string> words;
     for (size_t i = 0; i < s.size();) {
+        if (bi_stop(int64_t(words.size())))
+            return;
         if (s[i] == ' ' && breaks.find(' ') != breaks.npos) {
             i++;
             continue;
@@ -343,7 +359,7 @@ void bitokens(int32_t argc)
         i = end;
     }
     matobj *r = m_mktmat(MO_STRING, 1, int32_t(words.size()));
-    for (size_t k = 0; r && k < words.size(); k++)
+    for (size_t k = 0; r && k < words.size() && !bi_stop(int64_t(k)); k++)
         if (!put(r, int64_t(k), words[k]))
             return;
     if (r)
@@ -371,7 +387,7 @@ void bistrofreal(int32_t argc)
         }
     }
     matobj *r = m_mktmat(MO_STRING, a->rows, a->cols);
-    for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n; k++) {
+    for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n && !bi_stop(k); k++) {
         double z = a->view ? v_el1(a, k) : mo_re(a)[k];
         int32_t len = fmtnumtrim(out, sizeof out, z, format);
         if (!put(r, k, {out, size_t(len)}))
@@ -394,7 +410,7 @@ void bi_strtoreal(int32_t argc)
         return;
     char buffer[256];
     int64_t bad = 0;
-    for (int64_t k = 0, n = mo_count(values); k < n; k++) {
+    for (int64_t k = 0, n = mo_count(values); k < n && !bi_stop(k); k++) {
         std::string t = f_trim(str_el(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer));
         double z = misval;
         if (t.empty() || cnvstoz(t.c_str(), &z)) {

@@ -107,7 +107,7 @@ void birunningsum(int32_t argc)
     if (!r)
         return;
     summer s;
-    for (int64_t k = 0, n = mo_count(a); k < n; k++) {
+    for (int64_t k = 0, n = mo_count(a); k < n && !bi_stop(k); k++) {
         double z = a->view ? v_el1(a, k) : mo_re(a)[k];
         if (z < misval)
             s.add(z);
@@ -137,8 +137,10 @@ void extremes(int32_t argc, const char *id, sumof what)
     fillwithmissing(r);
     int64_t step = what == COLS ? 1 : 2, up = what == COLS ? groups : 1;
     std::vector<bool> seen(size_t(groups), false);
-    for (int32_t i = 0; i < a->rows; i++)
+    for (int32_t i = 0; i < a->rows && !bi_stop(i); i++)
         for (int32_t j = 0; j < a->cols; j++) {
+            if (j && bi_stop(j))
+                return;
             double z = m_el(a, i, j);
             if (z >= misval && usemiss == 0)
                 continue;

@@ -250,8 +250,8 @@ matobj *cls_parent(const matobj *definition)
 bool cls_isa(const matobj *definition, const char *cls)
 {
     for (; definition; definition = cls_parent(definition))
-        if (!strcmp(mo_name(definition), cls))
-            return true;
+        if (!strcmp(cls_text(mo_code(definition), mo_code(definition)[CW_NAME]), cls))
+            return true; // by the image: a dropped definition has lost its name
     return false;
 }
 

@@ -10,7 +10,7 @@ static double part(const matobj *m, int64_t k)
 
 static bool numbers_equal(const matobj *a, const matobj *b)
 {
-    for (int64_t k = 0, n = mo_count(a); k < n; k++) {
+    for (int64_t k = 0, n = mo_count(a); k < n && !el_break(k); k++) {
         double x = part(a, k), y = part(b, k);
         if (x != y)
             return false;
@@ -25,7 +25,7 @@ static bool numbers_equal(const matobj *a, const matobj *b)
 static bool strings_equal(const matobj *a, const matobj *b)
 {
     char x[256], y[256];
-    for (int64_t k = 0, n = mo_count(a); k < n; k++) {
+    for (int64_t k = 0, n = mo_count(a); k < n && !el_break(k); k++) {
         if (!a->view && !b->view) {
             if (exstrcmp(mo_sel(a)[k], mo_sel(b)[k]) != 0)
                 return false;

@@ -233,7 +233,7 @@ void opnot()
     matobj *out = reusable(0, MO_REAL, a->rows, a->cols);
     if (!out && !(out = m_mktmat(MO_REAL, a->rows, a->cols)))
         return;
-    for (int64_t i = 0, n = mo_count(a); i < n; i++)
+    for (int64_t i = 0, n = mo_count(a); i < n && !el_break(i); i++)
         mo_re(out)[i] = a->eltype == MO_REAL ? mo_re(a)[i] == 0 : mo_pel(a)[i] == nullptr;
     put_result(1, out);
 }
@@ -241,7 +241,7 @@ void opnot()
 static void transpose_plane(const double *a, double *z, int64_t rows, int64_t cols)
 {
     constexpr int64_t block = 32;
-    for (int64_t i0 = 0; i0 < rows; i0 += block)
+    for (int64_t i0 = 0; i0 < rows && !row_break(); i0 += block)
         for (int64_t j0 = 0; j0 < cols; j0 += block)
             for (int64_t i = i0; i < rows && i < i0 + block; i++)
                 for (int64_t j = j0; j < cols && j < j0 + block; j++)
@@ -258,13 +258,15 @@ matobj *m_transpose(const matobj *m)
         transpose_plane(mo_re(m), mo_re(t), m->rows, m->cols);
         if (m->eltype == MO_COMPLEX) {
             transpose_plane(mo_im(m), mo_im(t), m->rows, m->cols);
-            for (int64_t i = 0; i < n; i++)
+            for (int64_t i = 0; i < n && !el_break(i); i++)
                 mo_im(t)[i] = mo_im(t)[i] < misval ? 0.0 - mo_im(t)[i] : misval;
         }
         return t;
     }
     for (int64_t k = 0; k < n; k++) {
         int64_t to = k % m->cols * m->rows + k / m->cols;
+        if (el_break(k))
+            return t;
         if (mo_isptrlike(m->eltype))
             pelreplace(t, to, mo_pel(m)[k]);
         else if (matcpy_el(t, to, m, k)) {

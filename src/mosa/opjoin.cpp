@@ -23,6 +23,15 @@ static bool copy_run(matobj *out, int64_t ti, matobj *from, int64_t fi, int64_t 
     return true;
 }
 
+static bool copy_all(matobj *out, int64_t ti, matobj *from)
+{
+    constexpr int64_t some = 65536;
+    for (int64_t k = 0, n = mo_count(from); k < n; k += some)
+        if (row_break() || !copy_run(out, ti + k, from, k, n - k < some ? n - k : some))
+            return false;
+    return true;
+}
+
 static bool is_void(const matobj *m)
 {
     return m->rows == 0 && m->cols == 0;
@@ -96,8 +105,7 @@ void opaddr()
     matobj *out = m_mktmat(a->eltype, a->rows + b->rows, a->cols);
     if (!out)
         return;
-    bool good =
-        copy_run(out, 0, a, 0, mo_count(a)) && copy_run(out, mo_count(a), b, 0, mo_count(b));
+    bool good = copy_all(out, 0, a) && copy_all(out, mo_count(a), b);
     finish(out, good);
 }
 
@@ -132,7 +140,7 @@ static void range(bool row)
     if (!out)
         return;
     double step = from <= to ? 1 : -1;
-    for (int32_t i = 0; i < n; i++)
+    for (int32_t i = 0; i < n && !el_break(i); i++)
         mo_re(out)[i] = from + step * i;
     qppp(out);
 }

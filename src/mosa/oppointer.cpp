@@ -249,13 +249,6 @@ void opcallmfcn()
     matobj *f, *def = nullptr;
     if (pc[8] && argc < 1)
         return fail(3999);
-    if (pc[8]) {
-        def = definition_of(m_arg(argc - 1));
-        if (!def)
-            return;
-        if (!cls_isa(def, pool_text(pc[4])))
-            return fail(3260);
-    }
     if (pc[1] == m_sysclock)
         f = static_cast<matobj *>(m_linkget(pc + 1));
     else {
@@ -264,6 +257,13 @@ void opcallmfcn()
         if (!f)
             return;
         m_linkput(pc + 1, m_sysclock, f);
+    }
+    if (pc[8]) {
+        def = definition_of(m_arg(argc - 1));
+        if (!def)
+            return;
+        if (!cls_isa(def, pool_text(pc[4])))
+            return fail(3260);
     }
     m_vm.pc += 8;
     call_member(def, f, argc);

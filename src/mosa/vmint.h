@@ -134,6 +134,11 @@ inline void fail(int32_t code)
 void put_result(int32_t n, matobj *result);
 // The break of long loops: true with 1 in m_xrc.
 bool row_break();
+// The same, looked at for one element in some thousand.
+inline bool el_break(int64_t k)
+{
+    return (k & 4095) == 0 && row_break();
+}
 // Truth of a 1 by 1: 0 or 1, or -1 with 3250 or 3204 in m_xrc.
 int32_t truth_of(const matobj *m);
 const char *tmp_name(const matobj *m); // its name, or "<tmp>"

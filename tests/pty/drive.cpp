@@ -13,7 +13,7 @@
 //   within MS "text"     the same, and not later than MS after the last send
 //   absent "text"        it was not written since the last match (waits for quiet first)
 //   line "text"          waits until the row of the cursor reads so
-//   prompt               waits until a line is edited, behind the prompt, and it is empty
+//   prompt               waits until what was entered last is done and an empty line is edited
 //   shows "text"         waits until the screen shows it somewhere
 //   sleep MS, timeout S
 //   signal NUMBER        to the program
@@ -53,6 +53,7 @@ static Screen screen;
 static winsize size = {24, 80, 0, 0};
 static str seen;       // everything written
 static size_t matched; // up to where it was expected
+static size_t entered; // where the output stood when a line was last entered
 static double timeout = 20;
 static Clock::time_point sent;
 static std::vector<str> environment;
@@ -165,7 +166,7 @@ static bool start(const str &args)
     }
     sent = Clock::now();
     screen = Screen(size.ws_row, size.ws_col);
-    matched = seen.size();
+    matched = entered = seen.size();
     return true;
 }
 
@@ -278,6 +279,8 @@ static bool step(const str &word, const str &rest)
     if (word == "send") {
         pump(0);
         sent = Clock::now();
+        if (text.find_first_of("\n\r\x03") != str::npos)
+            entered = seen.size();
         return write(master, text.data(), text.size()) == ssize_t(text.size());
     }
     if (word == "expect")
@@ -298,7 +301,12 @@ static bool step(const str &word, const str &rest)
     if (word == "line")
         return until([&] { return screen.cursor_row() == text; }, timeout);
     if (word == "prompt")
-        return until([] { return !has_mode(ICANON) && screen.cursor_row() == "."; }, timeout);
+        return until(
+            [] { // the line editor opens a line by asking for bracketed pastes
+                return seen.find("\033[?2004h", entered) != str::npos && !has_mode(ICANON) &&
+                       screen.cursor_row() == ".";
+            },
+            timeout);
     if (word == "shows")
         return until([&] { return screen.all().find(text) != str::npos; }, timeout);
     if (word == "sleep") {

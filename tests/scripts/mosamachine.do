@@ -113,6 +113,37 @@ void zoo()
 }
 end
 mosa: zoo()
+* assignment copies members: two are built, two end, whatever is assigned between them
+mosa:
+struct cage {
+	class animal scalar beast
+	real scalar size
+}
+void move()
+{
+	struct cage scalar g, h
+	g.beast.legs = 6
+	h = g
+	h.beast.legs = 8
+	(g.beast.legs, h.beast.legs)
+}
+end
+mosa: move()
+* what an object points to is shared, what it holds is not
+mosa:
+class animal matrix herd()
+{
+	class animal matrix m
+	m = animal(1,2)
+	m[1,2].legs = 3
+	(m[1,1].legs, m[1,2].legs)
+	return(m)
+}
+end
+mosa: m = herd()
+mosa: k = m[1,2]
+mosa: m = 0
+mosa: k = 0
 * deep recursion ends in words
 mosa: real scalar down(real scalar n) return(n<=0 ? 0 : 1+down(n-1))
 mosa: down(5000)

@@ -1,0 +1,8 @@
+// What the leak checker of the sanitized build is told to leave out: what the library of fonts
+// behind page output keeps for the life of the process.
+#ifdef OVATA_DEV
+extern "C" const char *__lsan_default_suppressions()
+{
+    return "leak:libfontconfig\n";
+}
+#endif
