@@ -4,6 +4,7 @@
 #include "core/settings.h"
 #include "data/dsa.h"
 #include "interp/interp.h"
+#include "interp/messages.h"
 #include "interp/macros.h"
 #include "interp/programs.h"
 #include "interp/trace.h"
@@ -12,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 double rmsgtime;          // seconds the last command took, when set rmsg is on
 int32_t doreq_nest;
@@ -165,13 +167,14 @@ int32_t doreq()
 
 int32_t run_line(const char *line)
 {
-    static char saved[8][conslen + 1];
+    constexpr int32_t most = 64; // as many as programs nest
+    static std::string saved[most];
     static int32_t depth;
-    if (depth == 8 || strlen(line) > size_t(conslen))
-        return RC_LIMIT;
+    if (depth == most || strlen(line) > size_t(conslen))
+        return error(RC_LIMIT);
     char cmdwas[sizeof cmd];
     toktype tokens;
-    memcpy(saved[depth], console, strlen(console) + 1);
+    saved[depth] = console;
     memcpy(cmdwas, cmd, sizeof cmd);
     ti_borrow_gettok(tokinfo, &tokens);
     depth++;
@@ -179,7 +182,7 @@ int32_t run_line(const char *line)
     ti_settok(tokinfo, console);
     int32_t rc = run_next();
     depth--;
-    memcpy(console, saved[depth], strlen(saved[depth]) + 1);
+    memcpy(console, saved[depth].c_str(), saved[depth].size() + 1);
     memcpy(cmd, cmdwas, sizeof cmd);
     ti_return_gettok(tokinfo, &tokens);
     return rc;
