@@ -15,6 +15,8 @@ static int32_t checked(int32_t type)
 
 int32_t ty(int32_t eltype, int32_t orgtype)
 {
+    if (eltype == MT_POINTER) // to what is not told
+        return ty_ptr(orgtype, ty(MT_TRANSMORPHIC, OT_MATRIX));
     return checked(mtyp_addany(&m_cc->types, eltype, orgtype, false, nullptr));
 }
 

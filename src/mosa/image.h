@@ -40,6 +40,9 @@ void m_walkoperands(const int32_t *p, m_operand_fn fn, void *arg);
 // slots below what the prologue can make, pool indices on pool values, built-in ids that exist.
 const char *m_checkcode(const int32_t *code, int32_t words);
 void m_cleanpgm(int32_t *code, int32_t words); // forgets cached links
+// The image in the other byte order, in place; foreign tells that it is in the other order
+// now. Cached links of member functions and statics are forgotten. 0, or 9711 with words.
+[[nodiscard]] int32_t m_revpgm(int32_t *code, int32_t words, bool foreign);
 // One line an instruction: word, name, operands, literals spelt out.
 std::string m_disasm(const int32_t *code, int32_t words);
 

@@ -1,5 +1,5 @@
 // The commands about what the matrix language holds: describe, drop, clear, rename, which,
-// memory.
+// memory. In the sanitized build `mosa describe NAME(), code` lists the instructions too.
 #include "core/rc.h"
 #include "interp/interp.h"
 #include "interp/messages.h"
@@ -128,12 +128,19 @@ const char *rest_of_line()
 int32_t mosa_describe(int32_t)
 {
     std::vector<matobj *> list;
-    const char *what = rest_of_line();
-    if (*what) {
+    std::string what = rest_of_line();
+#ifdef OVATA_DEV
+    bool code = false;
+    if (size_t comma = what.find(", code"); comma != what.npos) {
+        code = true;
+        what.resize(comma);
+    }
+#endif
+    if (!what.empty()) {
         m_namelist names{};
         int32_t rc = mparseinit(&names);
         if (!rc)
-            rc = mparse(&names, what, MP_MATRICES | MP_FUNCTIONS);
+            rc = mparse(&names, what.c_str(), MP_MATRICES | MP_FUNCTIONS);
         if (!rc)
             list.assign(names.obj, names.obj + names.n);
         mparsefree(&names);
@@ -150,6 +157,10 @@ int32_t mosa_describe(int32_t)
         if (stopflag)
             return RC_BREAK;
         list_line(m);
+#ifdef OVATA_DEV
+        if (code && mo_isfcn(m) && m->cols >= 0)
+            spout21(m_disasm(mo_code(m), m->rows).c_str());
+#endif
     }
     spoutsml("{txt}{hline 72}\n");
     return 0;

@@ -20,7 +20,7 @@ uint8_t byte()
 double number()
 {
     double z = int8_t(byte());
-    if (left >= 8 && byte() & 1) {
+    if (left > 8 && byte() & 1) {
         memcpy(&z, at, 8);
         at += 8;
         left -= 8;
@@ -65,6 +65,7 @@ void display()
     int32_t rows = byte() % 12, cols = byte() % 12;
     set_linesize = 40 + byte() % 200;
     matobj *m = matrix(rows, cols);
+    omlflush(oml_cur); // an unended line of printf
     session_output.clear();
     mo_display(m);
     omlflush(oml_cur);

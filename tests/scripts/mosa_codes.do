@@ -78,8 +78,15 @@ class animal {
     public:
     real scalar legs
     virtual real scalar speed()
+    real scalar walk()
 }
 real scalar animal::speed() return(legs)
+real scalar animal::walk() return(legs)
+real scalar of_animal()
+{
+    class animal scalar a
+    return(a.walk())
+}
 class bird extends animal {
     public:
     real scalar speed()
@@ -97,9 +104,19 @@ real scalar endlessly()
     struct endless scalar e
     return(1)
 }
+class round {
+    public:
+    class round scalar again
+}
+real scalar roundly()
+{
+    class round scalar r
+    return(1)
+}
 real scalar not_of_bird(transmorphic x) return(speed_of(x))
 end
-foreach line in "of_bird()" "endlessly()" "not_of_bird(1)" "not_of_bird(apair(1))" ///
+foreach line in "of_bird()" "endlessly()" "roundly()" "sumof(bird())" "speed_of(bird())" "bird().legs" "issymmetric(NULL)" ///
+    "ov_view(v = ., ., 1i)" "ov_view(v = ., (1, 2, 3), 1)" "substr((1, 2), 1)" "tokens(1)" "not_of_bird(1)" "not_of_bird(apair(1))" ///
     "ov_viewvars(x)" "_collate(x, (1, 1))" "strofreal(&x)" "length(two)" "invsym((1, . \ ., 1))" ///
     "apair(1) + 1" "rows(apair(1), 1)" "(&two())->first" "*&two()" "(*&x)(1)" "x()" "two" {
     display `"-> `line'"'
@@ -108,15 +125,18 @@ foreach line in "of_bird()" "endlessly()" "not_of_bird(1)" "not_of_bird(apair(1)
 }
 
 * A child runs only with the parent it was compiled with.
-mosa drop animal() animal::speed()
+mosa drop animal() animal::speed() animal::walk()
 mosa
 class animal {
     public:
     real scalar legs, wings
     virtual real scalar speed()
+    real scalar walk()
 }
 real scalar animal::speed() return(legs)
+real scalar animal::walk() return(legs)
 end
+capture noisily mosa: of_animal()
 capture noisily mosa: of_bird()
 display _rc
 mosa clear

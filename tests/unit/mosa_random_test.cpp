@@ -53,7 +53,7 @@ struct writer {
     {
         switch (draw(14)) {
         case 0: return expr(NUM, depth) + one_of({" + ", " - ", " * ", " / "}) + expr(NUM, depth);
-        case 1: return expr(NUM, depth) + one_of({" ^ ", " :* ", " :- ", " # "}) + expr(NUM, depth);
+        case 1: return expr(NUM, depth) + one_of({" ^ ", " :* ", " :- "}) + expr(NUM, depth);
         case 2:
             return expr(NUM, depth) + one_of({" < ", " <= ", " > ", " >= ", " == ", " != "}) +
                    expr(NUM, depth);
@@ -86,7 +86,7 @@ struct writer {
             return k == ROW   ? expr(ROW, depth) + " * " + expr(MAT, depth)
                    : k == COL ? expr(MAT, depth) + " * " + expr(COL, depth)
                               : expr(COL, depth) + " * " + expr(ROW, depth);
-        case 6: return expr(k, depth) + one_of({" / ", " # "}) + expr(NUM, depth);
+        case 6: return expr(k, depth) + (draw(2) ? " / " + expr(NUM, depth) : " # k1");
         default: return expr(NUM, depth) + " ? " + expr(k, depth) + " : " + expr(k, depth);
         }
     }
@@ -137,7 +137,11 @@ struct writer {
         case 2: out += one_of({"u[k1] = ", "w[2] = ", "a = b = "}) + expr(NUM, 2) + "\n"; break;
         case 3: out += "m[., k1] = " + expr(COL, 2) + "\n"; break;
         case 4: out += "u[|1 \\ 3|] = " + expr(ROW, 2) + "\n"; break;
-        default: out += std::string(names[k]) + " = " + expr(k, 3) + "\n";
+        default:
+            if (k >= STR) // or texts would double in loops
+                out += std::string(names[k]) + " = substr(" + expr(k, 3) + ", 1, 40)\n";
+            else
+                out += std::string(names[k]) + " = " + expr(k, 3) + "\n";
         }
     }
     void statement(int32_t depth)

@@ -592,3 +592,33 @@ TEST(MosaVm, RowsAgreeWithTheirLengths)
     EXPECT_NE(list.find("ldstr \"text\""), std::string::npos);
     EXPECT_NE(list.find("lddbl 2.5"), std::string::npos);
 }
+
+// Turned and turned back every image is what it was, and what is turned reads backwards word
+// for word, but for the bytes of its texts.
+TEST(MosaVm, ImagesTurnIntoTheOtherByteOrder)
+{
+    assembler a;
+    a.op("argc", 1).op("ld", 0).num(2.5).op("plus").op("ret");
+    matobj *f = a.store("turned");
+    ASSERT_NE(f, nullptr);
+    std::vector<int32_t> code(mo_code(f), mo_code(f) + f->rows), was = code;
+    ASSERT_EQ(m_revpgm(code.data(), f->rows, false), 0);
+    EXPECT_EQ(code[0], int32_t(__builtin_bswap32(1210)));
+    EXPECT_EQ(code[2], int32_t(__builtin_bswap32(4)));
+    EXPECT_NE(code, was);
+    ASSERT_EQ(m_revpgm(code.data(), f->rows, true), 0);
+    EXPECT_EQ(code, was);
+
+    std::vector<int32_t> text{1210, 1210, 138, 7, 8, 9, 2, 0x64636261, 0x66656867, 163, 1, 2, 3, 4, 5, 6, 7};
+    was = text;
+    ASSERT_EQ(m_revpgm(text.data(), int32_t(text.size()), false), 0);
+    EXPECT_EQ(text[7], 0x64636261) << "text is no number";
+    EXPECT_EQ(text[10], 0) << "a link to a static is forgotten";
+    ASSERT_EQ(m_revpgm(text.data(), int32_t(text.size()), true), 0);
+    was[10] = was[11] = was[12] = 0;
+    EXPECT_EQ(text, was);
+
+    for (std::vector<int32_t> bad : {std::vector<int32_t>{1210, 1210, 0}, {1210, 1210, 200},
+                                     {1210, 1210, 40}, {1210, 1210, 38, 5, 0}, {1210, 1210, 39, 1, -4}})
+        EXPECT_EQ(m_revpgm(bad.data(), int32_t(bad.size()), false), 9711);
+}
