@@ -17,11 +17,13 @@ struct script {
 
 const script scripts[] = {
     {"scalars", "", "a = 1\nfor (i=1; i<=30; i++) a = a*2 - i/3\na = (a > 2 ? a : -a)"},
-    {"matrices", "", "A = (1,2\\3,4)\nB = A*A' + A:^2\nC = ((A, B) \\ (B, A))\n"
-                     "C = C :/ (2 :+ abs(C))\nC = A # B\nD = (3..9, 1)\nA\nC"},
+    {"matrices", "",
+     "A = (1,2\\3,4)\nB = A*A' + A:^2\nC = ((A, B) \\ (B, A))\n"
+     "C = C :/ (2 :+ abs(C))\nC = A # B\nD = (3..9, 1)\nA\nC"},
     {"complex", "", "Z = (1+2i, 3 \\ 4, 5i)\nZ = Z*Z' :+ 1\nr = (Re(Z), Im(Z))\nZ[1,2] = 9"},
-    {"strings", "", "s = (\"one\", \"two\" \\ \"three\", \"\")\ns = s :+ \"x\"\nt = 3*\"ab\"\n"
-                    "u = strupper(s)\nv = s[.,2]\nw = tokens(\"a b c d\")\ns == s"},
+    {"strings", "",
+     "s = (\"one\", \"two\" \\ \"three\", \"\")\ns = s :+ \"x\"\nt = 3*\"ab\"\n"
+     "u = strupper(s)\nv = s[.,2]\nw = tokens(\"a b c d\")\ns == s"},
     {"structs",
      "struct in {\n real scalar a\n string vector s\n}\n"
      "struct out {\n struct in scalar one\n struct in vector many\n pointer scalar p\n}\n"
@@ -42,22 +44,28 @@ const script scripts[] = {
      "return((*f)(x))",
      "p = &(1,2,3)\nq = (p, &(*p*2), NULL)\n*q[2] = \"now a string\"\n"
      "r = through(&half(), *p)\np = &p\np = NULL"},
-    {"recursion", "real scalar fib(real scalar n) {\n if (n<2) return(n)\n"
-                  " return(fib(n-1)+fib(n-2))\n}",
+    {"recursion",
+     "real scalar fib(real scalar n) {\n if (n<2) return(n)\n"
+     " return(fib(n-1)+fib(n-2))\n}",
      "fib(8)"},
-    {"sort", "", "S = (3,1\\2,5\\9,4\\1,1)\no = order(S,(1,-2))\nS = S[o,.]\n"
-                 "o = order((\"b\"\\\"a\"\\\"c\"),1)\nT = select(S, S[.,1]:>1)\nr = rowsum(S)"},
-    {"subscripts", "", "M = J(4,4,0)\nM[2,.] = 1..4\nM[|2,2\\3,3|] = (7,8\\9,10)\n"
-                       "M[(1\\3),(2,4)] = J(2,2,5)\nv = 1..20\nv[3] = v[4]\nx = M[(1,2),.]\n"
-                       "y = M[|1,1\\.,2|]\nv[|2\\4|] = (0,0,0)"},
-    {"printf", "", "printf(\"%g %s %9.2f\\n\", 3, \"text\", 4)\nt = sprintf(\"%5.1f\", c(\"pi\"))\n"
-                   "display(t)\nJ(3,3,1)\n(\"a\",\"b\")\n1+2i\nt = strofreal(1..5)"},
-    {"lapack", "", "H = (4,1,0\\1,3,1\\0,1,2)\nK = H\n_cholesky(K)\nK = H\n(void) _luinv_la(K)\n"
-                   "K = H\nb = (1\\2\\3)\n(void) _lusolve_la(K,b)\nK = H\n(void) _svd_la(K,s=.,V=.)\n"
-                   "K = H\n(void) _symeigen_la(0,K,X=.,L=.)\n_invsym(K=H)\nP = invsym(H)\n"
-                   "Q = cross(H,1,H)"},
-    {"views", "", "ov_view(W=., ., (\"va\",\"vb\"))\nW[2,1] = 77\nm = W'W\nn = W[.,2]\nW[.,2] = n\n"
-                  "ov_sview(T=., ., \"vs\")\nT[1] = \"new\"\nu = T :+ \"!\"\nW = W"},
+    {"sort", "",
+     "S = (3,1\\2,5\\9,4\\1,1)\no = order(S,(1,-2))\nS = S[o,.]\n"
+     "o = order((\"b\"\\\"a\"\\\"c\"),1)\nT = select(S, S[.,1]:>1)\nr = rowsum(S)"},
+    {"subscripts", "",
+     "M = J(4,4,0)\nM[2,.] = 1..4\nM[|2,2\\3,3|] = (7,8\\9,10)\n"
+     "M[(1\\3),(2,4)] = J(2,2,5)\nv = 1..20\nv[3] = v[4]\nx = M[(1,2),.]\n"
+     "y = M[|1,1\\.,2|]\nv[|2\\4|] = (0,0,0)"},
+    {"printf", "",
+     "printf(\"%g %s %9.2f\\n\", 3, \"text\", 4)\nt = sprintf(\"%5.1f\", c(\"pi\"))\n"
+     "display(t)\nJ(3,3,1)\n(\"a\",\"b\")\n1+2i\nt = strofreal(1..5)"},
+    {"lapack", "",
+     "H = (4,1,0\\1,3,1\\0,1,2)\nK = H\n_cholesky(K)\nK = H\n(void) _luinv_la(K)\n"
+     "K = H\nb = (1\\2\\3)\n(void) _lusolve_la(K,b)\nK = H\n(void) _svd_la(K,s=.,V=.)\n"
+     "K = H\n(void) _symeigen_la(0,K,X=.,L=.)\n_invsym(K=H)\nP = invsym(H)\n"
+     "Q = cross(H,1,H)"},
+    {"views", "",
+     "ov_view(W=., ., (\"va\",\"vb\"))\nW[2,1] = 77\nm = W'W\nn = W[.,2]\nW[.,2] = n\n"
+     "ov_sview(T=., ., \"vs\")\nT[1] = \"new\"\nu = T :+ \"!\"\nW = W"},
     {"externals", "void ext() {\n external real matrix G\n G = (G \\ 1)\n}",
      "ext()\next()\np = findexternal(\"G\")\np = crexternal(\"G2\")\nrmexternal(\"G\")\n"
      "rmexternal(\"G2\")"},
@@ -65,8 +73,9 @@ const script scripts[] = {
      "real scalar f1(real scalar x, | string vector s) {\n real matrix loc\n loc = x*2\n"
      " if (args()==2) return(cols(s))\n return(loc)\n}\nf1(1)\nf1(1,(\"a\",\"b\"))\n"
      "struct sd {\n real scalar a\n}\nclass cd {\n real scalar a\n}"},
-    {"host", "", "ovata(\"quietly mosa: inner = 5\")\nrc = _ovata(\"capture mosa: 1+\")\n"
-                 "ov_local(\"here\", \"x\")\nst = c(\"pi\")"},
+    {"host", "",
+     "ovata(\"quietly mosa: inner = 5\")\nrc = _ovata(\"capture mosa: 1+\")\n"
+     "ov_local(\"here\", \"x\")\nst = c(\"pi\")"},
 };
 
 // The host's commands that a script stands on.

@@ -61,8 +61,8 @@ TEST(MosaDepth, RecursionEndsInACode)
     ms_begin();
     ASSERT_EQ(ms(definitions), 0) << session_output;
     m_sums before = m_getsum();
-    for (const char *text : {"deep(1)", "through(&through(), 1)", "wide(1)", "even(1)", "member()",
-                             "virtually()"}) {
+    for (const char *text :
+         {"deep(1)", "through(&through(), 1)", "wide(1)", "even(1)", "member()", "virtually()"}) {
         EXPECT_EQ(ms(str("(void) ") + text), 3998) << text;
         EXPECT_NE(session_output.find("3998  stack overflow\n"), str::npos) << text;
         goes_on();
@@ -136,12 +136,17 @@ TEST(MosaLimits, OfTheCompilerAreTold)
          "void full(" + repeated(520, [](int32_t) { return str("pointer("); }) + "real scalar" +
              repeated(520, [](int32_t) { return str(")"); }) + " x) x = NULL",
          "no room to add more types\n"},
-        {"", "void full() {\n" + repeated(140, [](int32_t i) {
-                 return "struct a" + str(24, 'n') + num(100000 + i) + " vector v" + num(i) + "\n";
-             }) + "}",
+        {"",
+         "void full() {\n" +
+             repeated(140,
+                      [](int32_t i) {
+                          return "struct a" + str(24, 'n') + num(100000 + i) + " vector v" +
+                                 num(i) + "\n";
+                      }) +
+             "}",
          "no room to record more structure names\n"},
-        {"x = " + str(200, '(') + "1" + str(200, ')'),
-         "x = " + str(499, '(') + "1" + str(499, ')'), "expression too long\n"},
+        {"x = " + str(200, '(') + "1" + str(200, ')'), "x = " + str(499, '(') + "1" + str(499, ')'),
+         "expression too long\n"},
         {"", "void full(x) {\n" + repeated(12000, [](int32_t) { return str("if (x) {\n"); }),
          "program too long\n"},
         {deeper(480) + "x = d479()", deeper(510) + "x = d509()", "3304  struct nested too deeply\n",
@@ -199,13 +204,31 @@ TEST(MosaBreaks, LongWorkStopsWhenAsked)
                  "t = 3000000*\"ab \"\nZ = J(1000,1000,1+2i)\nkeep = (1,2)"),
               0)
         << session_output;
-    for (const char *work :
-         {"x = 1", "B = A :+ A", "B = A :^ A", "B = A'", "B = exp(A)", "r = sum(A)",
-          "r = rowsum(A)", "B = (A, A)", "B = (A \\ A)", "r = (A == A')", "B = J(3000,3000,1)",
-          "o = order(v,1)", "o = order(s,1)", "q = strofreal(v)", "q = s :+ \"x\"",
-          "q = strupper(s)", "B = v[(1::400000)]", "r = minmax(A)", "r = 1..4000000",
-          "q = subinstr(t, \"a\", \"bbb\")", "q = tokens(t)", "B = Z :* Z", "B = Z'",
-          "B = runiform(2000,2000)", "keep2 = keep # J(1000,1000,2)"}) {
+    for (const char *work : {"x = 1",
+                             "B = A :+ A",
+                             "B = A :^ A",
+                             "B = A'",
+                             "B = exp(A)",
+                             "r = sum(A)",
+                             "r = rowsum(A)",
+                             "B = (A, A)",
+                             "B = (A \\ A)",
+                             "r = (A == A')",
+                             "B = J(3000,3000,1)",
+                             "o = order(v,1)",
+                             "o = order(s,1)",
+                             "q = strofreal(v)",
+                             "q = s :+ \"x\"",
+                             "q = strupper(s)",
+                             "B = v[(1::400000)]",
+                             "r = minmax(A)",
+                             "r = 1..4000000",
+                             "q = subinstr(t, \"a\", \"bbb\")",
+                             "q = tokens(t)",
+                             "B = Z :* Z",
+                             "B = Z'",
+                             "B = runiform(2000,2000)",
+                             "keep2 = keep # J(1000,1000,2)"}) {
         int32_t rc;
         double seconds = seconds_to_stop(str("while (1) ") + work, &rc);
         EXPECT_EQ(rc, 1) << work << " " << session_output;

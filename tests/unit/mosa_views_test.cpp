@@ -13,10 +13,9 @@ void host(const char *line)
 void begin()
 {
     ms_begin();
-    for (const char *line :
-         {"drop _all", "mosa_clear", "set obs 6", "generate double id = _n",
-          "generate double x = 10*_n", "generate byte b = mod(_n, 2)",
-          "generate str3 s = \"s\" + string(_n)"})
+    for (const char *line : {"drop _all", "mosa_clear", "set obs 6", "generate double id = _n",
+                             "generate double x = 10*_n", "generate byte b = mod(_n, 2)",
+                             "generate str3 s = \"s\" + string(_n)"})
         ASSERT_NO_FATAL_FAILURE(host(line));
     ASSERT_EQ(ms("ov_view(V=., ., (\"id\",\"x\",\"b\"))\nov_sview(S=., ., \"s\")"), 0)
         << session_output;
@@ -128,12 +127,18 @@ TEST(MosaViews, FormsOfSelection)
         const char *text;
         int32_t code;
     } bad[] = {
-        {"ov_view(U=., 7, 1)", 3300},        {"ov_view(U=., 0, 1)", 3300},
-        {"ov_view(U=., (4,2), 1)", 3300},    {"ov_view(U=., ., 5)", 3300},
-        {"ov_view(U=., ., (1\\2))", 3202},   {"ov_view(U=., (1,2,3), 1)", 3203},
-        {"ov_view(U=., ., 1, (1,2))", 3204}, {"ov_view(U=., ., \"none\")", 3500},
-        {"ov_view(U=., ., \"s\")", 3253},    {"ov_sview(U=., ., \"x\")", 3254},
-        {"ov_view(U=., ., 1+1i)", 3255},     {"ov_subview(U=., 5, 1, 1)", 3104},
+        {"ov_view(U=., 7, 1)", 3300},
+        {"ov_view(U=., 0, 1)", 3300},
+        {"ov_view(U=., (4,2), 1)", 3300},
+        {"ov_view(U=., ., 5)", 3300},
+        {"ov_view(U=., ., (1\\2))", 3202},
+        {"ov_view(U=., (1,2,3), 1)", 3203},
+        {"ov_view(U=., ., 1, (1,2))", 3204},
+        {"ov_view(U=., ., \"none\")", 3500},
+        {"ov_view(U=., ., \"s\")", 3253},
+        {"ov_sview(U=., ., \"x\")", 3254},
+        {"ov_view(U=., ., 1+1i)", 3255},
+        {"ov_subview(U=., 5, 1, 1)", 3104},
         {"V++", 3103},
     };
     for (const auto &b : bad)
@@ -146,12 +151,25 @@ TEST(MosaViews, CountLikeCopies)
 {
     begin();
     ASSERT_EQ(ms("W = V\nT = S"), 0);
-    for (const char *e :
-         {"V'V == W'W", "V*W' == W*V'", "V:+1 == W:+1", "V + V == W + W", "(V,W) == (W,V)",
-          "(V\\V) == (W\\W)", "V[|2,1\\4,2|] == W[|2,1\\4,2|]", "V[(3\\1),.] == W[(3\\1),.]",
-          "-V == -W", "V :> 3 == W :> 3", "sum(V) == sum(W)", "exp(V:/100) == exp(W:/100)",
-          "cross(V,V) == cross(W,W)", "minmax(V) == minmax(W)", "(S,T) == (T,S)",
-          "(S:+\"x\") == (T:+\"x\")", "strupper(S) == strupper(T)", "order(V,-1) == order(W,-1)",
-          "V' == W'", "V :== V"})
+    for (const char *e : {"V'V == W'W",
+                          "V*W' == W*V'",
+                          "V:+1 == W:+1",
+                          "V + V == W + W",
+                          "(V,W) == (W,V)",
+                          "(V\\V) == (W\\W)",
+                          "V[|2,1\\4,2|] == W[|2,1\\4,2|]",
+                          "V[(3\\1),.] == W[(3\\1),.]",
+                          "-V == -W",
+                          "V :> 3 == W :> 3",
+                          "sum(V) == sum(W)",
+                          "exp(V:/100) == exp(W:/100)",
+                          "cross(V,V) == cross(W,W)",
+                          "minmax(V) == minmax(W)",
+                          "(S,T) == (T,S)",
+                          "(S:+\"x\") == (T:+\"x\")",
+                          "strupper(S) == strupper(T)",
+                          "order(V,-1) == order(W,-1)",
+                          "V' == W'",
+                          "V :== V"})
         EXPECT_EQ(ms_value(std::string("all(") + e + ")"), 1) << e << "\n" << session_output;
 }
