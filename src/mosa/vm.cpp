@@ -2,6 +2,7 @@
 #include "mosa/vm.h"
 #include "core/mem.h"
 #include "core/settings.h"
+#include "core/state.h"
 #include "mosa/mtypes.h"
 #include "mosa/vmint.h"
 #include "output/print.h"
@@ -458,6 +459,7 @@ struct machine_keep {
 static int32_t run_statement(matobj *f)
 {
     m_vm = {};
+    m_vm.version = vernum;
     m_vm.level = m_level = -1;
     m_xrc = m_xrc_first = 0;
     m_xeqerrid = nullptr;

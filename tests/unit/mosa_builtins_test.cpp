@@ -194,7 +194,7 @@ static const called algebra[] = {
 };
 
 static const called system_calls[] = {
-    {"callersversion()", "R1,1:0"}, // the console
+    {"callersversion()", "R1,1:12.1"}, // the console
     {"bt_caller()", "R1,1:12.1"},
     {"args()", "R1,1:0"},
     {"byteorder()", "R1,1:2"},
