@@ -377,7 +377,10 @@ bool store_into(form how, matobj *dest, int32_t between)
     if (quick_store(how, dest, m_stak[-fromtop]))
         return true;
     positions rows, cols;
-    return settle(how, dest, &rows, &cols) && store_block(dest, rows, cols, fromtop);
+    dest->links++; // what is stored may take the place of the last link to it
+    bool stored = settle(how, dest, &rows, &cols) && store_block(dest, rows, cols, fromtop);
+    mo_unlink(dest);
+    return stored;
 }
 
 void drop_n(int32_t n)
