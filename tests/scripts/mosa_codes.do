@@ -174,3 +174,13 @@ third((1, 2, 3))
 end
 capture noisily mosa: third((1, 2))
 set mosalnum off
+
+* A void function may not return a value that only comes at run time; factors want numbers.
+mosa
+void nothing(transmorphic x) return(x)
+p = .
+end
+capture noisily mosa: nothing(1)
+display _rc
+capture noisily mosa: _lud2_la((1, . \ 2, 3), p)
+display _rc
