@@ -184,3 +184,14 @@ capture noisily mosa: nothing(1)
 display _rc
 capture noisily mosa: _lud2_la((1, . \ 2, 3), p)
 display _rc
+
+* What is no pointer, and the words of codes that only damaged code or missing libraries raise.
+mosa
+transmorphic at(transmorphic x) return(*x)
+end
+capture noisily mosa: at(1)
+display _rc
+foreach code in 3002 3011 3022 3206 3259 3353 3601 3602 3603 3611 3612 3621 3622 3623 3901 3930 3995 3997 {
+    capture noisily mosa: _error(`code')
+    display _rc
+}
