@@ -1,42 +1,9 @@
-// mosa/bihandlers.h - the handlers the rows of builtins.def name.
+// mosa/bihandlers.h - the handlers that the rows of builtins.def name, declared from those rows.
 #pragma once
 #include <cstdint>
 
-void biabs(int32_t), biexp(int32_t), bilog(int32_t), bisqrt(int32_t), bisin(int32_t),
-    bicos(int32_t), bitan(int32_t), bisinh(int32_t), bicosh(int32_t), bifloor(int32_t),
-    biceil(int32_t), bitrunc(int32_t), biasinr(int32_t), biacosr(int32_t), biatanr(int32_t),
-    bilngamma(int32_t), bifactorial(int32_t), bilnfactorial(int32_t), bidigamma(int32_t),
-    bitrigamma(int32_t), binormal(int32_t), biinvnormal(int32_t), binormalden(int32_t),
-    biatan2(int32_t), bimod(int32_t), biround(int32_t), birows(int32_t), bicols(int32_t),
-    bilength(int32_t), biisreal(int32_t), biiscomplex(int32_t), biisstring(int32_t),
-    biispointer(int32_t), biisview(int32_t), bieltype(int32_t), biorgtype(int32_t),
-    bimosa_representation(int32_t), biJ(int32_t), biI(int32_t), biC(int32_t), biRe(int32_t),
-    biIm(int32_t), biconj(int32_t), biarg(int32_t), bisum(int32_t), birowsum(int32_t),
-    bicolsum(int32_t), biquadsum(int32_t), biquadrowsum(int32_t), biquadcolsum(int32_t),
-    biminmax(int32_t), birowminmax(int32_t), bicolminmax(int32_t), bimissing(int32_t),
-    binonmissing(int32_t), bihasmissing(int32_t), birowmissing(int32_t), bicolmissing(int32_t),
-    biany(int32_t), biall(int32_t), bianyof(int32_t), biallof(int32_t), bidisplay(int32_t),
-    bidisplayas(int32_t), biprintf(int32_t), bierrprintf(int32_t), bisprintf(int32_t),
-    bidisplayflush(int32_t), bistrlen(int32_t), bisubstr(int32_t), bistrpos(int32_t),
-    bistrlower(int32_t), bistrupper(int32_t), bistrtrim(int32_t), bistrltrim(int32_t),
-    bistrrtrim(int32_t), bistritrim(int32_t), bistrreverse(int32_t), bistrproper(int32_t),
-    bistrofreal(int32_t), bi_strtoreal(int32_t), biascii(int32_t), bichar(int32_t),
-    bitokens(int32_t), bisubinstr(int32_t), bistrmatch(int32_t), biindexnot(int32_t),
-    biargs(int32_t), bicallersversion(int32_t), biexit(int32_t), bierror(int32_t),
-    bi_error(int32_t), biswap(int32_t), biisfleeting(int32_t), bisys_linkcount(int32_t),
-    bisys_incrlinkcount(int32_t), bisys_decrlinkcount(int32_t), biov_view(int32_t),
-    biov_sview(int32_t), biov_subview(int32_t), biov_nobs(int32_t), biov_nvar(int32_t),
-    biovata(int32_t), bi_ovata(int32_t), biov_viewvars(int32_t), biov_viewobs(int32_t),
-    bifindexternal(int32_t), bicrexternal(int32_t), birmexternal(int32_t), bidirexternal(int32_t),
-    bivalofexternal(int32_t), binameexternal(int32_t), bicross(int32_t), biinvsym(int32_t),
-    bi_invsym(int32_t), bi_cholesky(int32_t), bi_lud2_la(int32_t), bi_luinv_la(int32_t),
-    bi_lusolve_la(int32_t), bi_svd_la(int32_t), bi_symeigen_la(int32_t), bi_transpose(int32_t),
-    biorder(int32_t), bi_collate(int32_t), bidiagonal(int32_t), birowshape(int32_t),
-    bicolshape(int32_t), biissymmetric(int32_t), biissymmetriconly(int32_t),
-    bi_makesymmetric(int32_t), biselect(int32_t), biruniform(int32_t), birnormal(int32_t),
-    birseed(int32_t), bimreldif(int32_t), bireldif(int32_t), biepsilon(int32_t), bisizeof(int32_t),
-    bimissingof(int32_t), bimindouble(int32_t), bimaxdouble(int32_t), bismallestdouble(int32_t),
-    birunningsum(int32_t), bi_fillmissing(int32_t), bic(int32_t), bisetbreakintr(int32_t),
-    biquerybreakintr(int32_t), bibreakkey(int32_t), bibreakkeyreset(int32_t),
-    biovataversion(int32_t), biovatasetversion(int32_t), bifavorspeed(int32_t),
-    bibyteorder(int32_t);
+#define BI(name, id, eltype, orgtype, minargs, maxargs, handler) void handler(int32_t argc);
+#define BX(name, id)
+#include "mosa/builtins.def"
+#undef BI
+#undef BX

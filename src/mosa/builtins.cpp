@@ -9,8 +9,10 @@
 const m_birow m_bitable[] = {
 #define BI(name, id, eltype, orgtype, minargs, maxargs, handler)                                   \
     {name, id, eltype, orgtype, minargs, maxargs, handler},
+#define BX(name, id) {name, id, MT_TRANSMORPHIC, OT_MATRIX, 0, 29, nullptr},
 #include "mosa/builtins.def"
 #undef BI
+#undef BX
 };
 const int32_t m_nbuiltin = int32_t(sizeof m_bitable / sizeof m_bitable[0]);
 m_bihandler m_bihandlers[m_maxbiid];

@@ -1,31 +1,8 @@
 // The built-in functions called from the language: values reckoned by hand or with another
 // program's arithmetic, wrong arguments, and the rows that are not built yet.
 #include "../mosa_asm.h"
+#include "mosabi.h"
 #include "mosahelp.h"
-
-struct called {
-    const char *text; // statements before the last ';' prepare, the rest is the expression
-    const char *want; // as show() writes it, or the code
-};
-
-static std::string value(const std::string &text)
-{
-    size_t at = text.rfind("; ");
-    std::string before = at == std::string::npos ? "" : text.substr(0, at);
-    std::string last = at == std::string::npos ? text : text.substr(at + 2);
-    int32_t rc = before.empty() ? 0 : ms(before);
-    rc = rc ? rc : ms("ms__v = (" + last + ")");
-    if (rc)
-        return std::to_string(rc);
-    matobj *m = findlvl0mat("ms__v");
-    return m ? show(m) : "none";
-}
-
-template <size_t N> static void try_all(const called (&rows)[N])
-{
-    for (auto &r : rows)
-        EXPECT_EQ(value(r.text), r.want) << r.text;
-}
 
 static const called arithmetic[] = {
     {"abs((-1.5, 2, .))", "R1,3:1.5 2 ."},
