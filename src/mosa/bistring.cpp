@@ -270,16 +270,21 @@ void bisubstr(int32_t argc)
         m_result(argc, r);
 }
 
-// Up to count occurrences of from become to. False for a text too long, or a break.
-static bool replaced(text s, text from, text to, double count, std::string *out)
+// Up to count occurrences of from become to; words has blanks or ends on both sides. False for
+// a text too long, or a break.
+static bool replaced(text s, text from, text to, double count, bool words, std::string *out)
 {
-    size_t at = 0, hit;
-    for (int64_t k = 0; !from.empty() && count >= 1 && (hit = s.find(from, at)) != s.npos;
-         count--, k++) {
-        out->append(s, at, hit - at).append(to);
-        at = hit + from.size();
+    size_t at = 0, look = 0, hit;
+    for (int64_t k = 0; !from.empty() && count >= 1 && (hit = s.find(from, look)) != s.npos; k++) {
+        size_t end = hit + from.size();
+        look = hit + 1;
         if (bi_stop(k))
             return false;
+        if (words && ((hit && s[hit - 1] != ' ') || (end < s.size() && s[end] != ' ')))
+            continue;
+        out->append(s, at, hit - at).append(to);
+        look = at = end;
+        count--;
         if (out->size() > 2147483647)
             return bi_fail(3492);
     }
@@ -287,10 +292,10 @@ static bool replaced(text s, text from, text to, double count, std::string *out)
     return true;
 }
 
-// subinstr(s, old, new [, count])
-void bisubinstr(int32_t argc)
+// (s, old, new [, count])
+static void replace_in(int32_t argc, const char *id, bool words)
 {
-    m_xeqerrid = "subinstr()";
+    m_xeqerrid = id;
     const matobj *s = bi_arg(argc, 1);
     const char *p;
     int32_t n;
@@ -306,48 +311,20 @@ void bisubinstr(int32_t argc)
     for (int64_t k = 0, all = r ? mo_count(r) : 0; k < all && !bi_stop(k); k++) {
         text old = bi_textc(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer);
         std::string t;
-        if (!replaced(old, from, to, count, &t))
-            return;
-        if (!bi_puttext(r, k, t))
+        if (!replaced(old, from, to, count, words, &t) || !bi_puttext(r, k, t))
             return;
     }
     if (r)
         m_result(argc, r);
 }
 
-// tokens(s [, characters]): words between blanks; other given characters are words too.
-void bitokens(int32_t argc)
+void bisubinstr(int32_t argc)
 {
-    m_xeqerrid = "tokens()";
-    const char *p;
-    int32_t n;
-    if (!bi_string(bi_arg(argc, 1), &p, &n))
-        return;
-    std::string s(p, size_t(n)), breaks = " ";
-    if (argc > 1) {
-        if (!bi_string(bi_arg(argc, 2), &p, &n))
-            return;
-        breaks.assign(p, size_t(n));
-    }
-    std::vector<std::string> words;
-    for (size_t i = 0; i < s.size();) {
-        if (bi_stop(int64_t(words.size())))
-            return;
-        if (s[i] == ' ' && breaks.find(' ') != breaks.npos) {
-            i++;
-            continue;
-        }
-        size_t end = breaks.find(s[i]) != breaks.npos ? i + 1 : s.find_first_of(breaks, i);
-        end = end == s.npos ? s.size() : end;
-        words.push_back(s.substr(i, end - i));
-        i = end;
-    }
-    matobj *r = m_mktmat(MO_STRING, 1, int32_t(words.size()));
-    for (size_t k = 0; r && k < words.size() && !bi_stop(int64_t(k)); k++)
-        if (!bi_puttext(r, int64_t(k), words[k]))
-            return;
-    if (r)
-        m_result(argc, r);
+    replace_in(argc, "subinstr()", false);
+}
+void bisubinword(int32_t argc)
+{
+    replace_in(argc, "subinword()", true);
 }
 
 // ---- numbers and characters
