@@ -30,7 +30,7 @@ static bool guarded(xeqrun *m, int32_t op)
     switch (op) {
     case OP_NORMAL: z = ovnormal(x); break;
     case OP_INVNORMAL: z = ovinvnormal(x); break;
-    case OP_LNNORMAL: z = ovlnnormal(x); break;
+    case OP_LNNORMAL: z = vernum < 1000 ? old_lnnormal(x) : ovlnnormal(x); break;
     case OP_NORMALDEN1: z = ovnormalden(x); break;
     case OP_ATAN: z = std::atan(x); break;
     case OP_SIN: z = std::sin(x); break;
