@@ -192,8 +192,14 @@ int32_t cls_resolve(const char *text, clsplace *place)
             rc = first(&w, name);
         else {
             clskey value = place->value;
-            if (!value)
-                return bad(place->name.c_str());
+            if (!value) { // a place that holds nothing yet can be asked what it holds
+                place->builtin =
+                    place->attr || place->array ? cls_member(name.c_str(), CK_NONE) : nullptr;
+                if (!place->builtin)
+                    return bad(place->attr ? name.c_str() : place->name.c_str());
+                place->rest = p;
+                return 0;
+            }
             w.behind = place->super ? w.behind : nullkey;
             if (!find_in(&w, value, name)) {
                 if (cls_kind(value) != CK_CLASS && cls_kind(value) != CK_CONTEXT)
@@ -251,10 +257,10 @@ int32_t cls_evaluate(clsplace *at, clskey *out)
         *out = c.result;
         return rc;
     }
-    if (*rest)
-        return error(4003);
     if (!at->attr && !at->array && !at->value)
         return bad(at->name.c_str());
+    if (*rest)
+        return error(4003);
     *out = at->value;
     return 0;
 }
