@@ -17,6 +17,7 @@ const char *m_xeqerrid;
 matobj *m_rt;
 int32_t mosa_state = -1;
 bool m_debug;
+int64_t m_opcount;
 void (*m_autoclose)();
 
 // ---- the two stacks
@@ -326,6 +327,7 @@ static void loop(int32_t *const ops, matobj **const fp)
         default:
         other : {
             OUT();
+            m_opcount++;
             auto handler = m_optable[*pc].handler;
             if (handler)
                 handler();

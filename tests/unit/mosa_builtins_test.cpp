@@ -1,8 +1,11 @@
 // The built-in functions called from the language: values reckoned by hand or with another
 // program's arithmetic, wrong arguments, and the rows that are not built yet.
 #include "../mosa_asm.h"
+#include "mosa/bihandlers.h"
 #include "mosabi.h"
 #include "mosahelp.h"
+#include <filesystem>
+#include <fstream>
 
 static const called arithmetic[] = {
     {"abs((-1.5, 2, .))", "R1,3:1.5 2 ."},
@@ -248,19 +251,21 @@ TEST(MosaBuiltins, SystemAndData)
     try_all(system_calls);
 }
 
-// A function that has come to life without a row above shows up here.
+// A function that has come to life without a call in any of the tables shows up here.
 TEST(MosaBuiltins, EveryBuiltFunctionIsTried)
 {
     std::string all;
-    auto add = [&](const auto &rows) {
-        for (auto &r : rows)
-            all += std::string(" ") + r.text;
-    };
-    add(arithmetic), add(shapes), add(sums), add(texts), add(algebra), add(system_calls);
+    for (auto &f : std::filesystem::directory_iterator(OVATA_SOURCE_DIR "/tests/unit")) {
+        if (!f.path().filename().string().starts_with("mosa_"))
+            continue;
+        std::ifstream in(f.path());
+        all.append(std::istreambuf_iterator<char>(in), {});
+    }
     for (int32_t i = 0; i < m_nbuiltin; i++) {
         std::string call = std::string(m_bitable[i].name) + "(";
         size_t at = 0;
-        bool found = !m_bitable[i].handler;
+        auto handler = m_bitable[i].handler;
+        bool found = !handler || handler == bi_xl || handler == bi_haver; // they only refuse
         while (!found && (at = all.find(call, at)) != std::string::npos)
             found = !isalnum(uint8_t(all[at++ - 1])) && all[at - 2] != '_';
         EXPECT_TRUE(found) << call;
@@ -324,5 +329,7 @@ TEST(MosaBuiltins, RowsNotBuilt)
             found += std::string(m_bitable[i].name) + "\n";
     EXPECT_EQ(found, want);
     EXPECT_EQ(m_nbuiltin, 722);
-    EXPECT_EQ(value("uniform(1, 1)"), "3996");
+    if (!found.empty()) {
+        EXPECT_EQ(value(found.substr(0, found.find('\n')) + "()"), "3996");
+    }
 }
