@@ -8,25 +8,11 @@
 #include "mosa/bihandlers.h"
 #include "mosa/ov_index.h"
 #include "output/fmt.h"
-#include "output/print.h"
 #include <cstring>
 #include <vector>
 
 namespace
 {
-
-// What the code of a failure speaks for, the words are left out.
-struct hushed {
-    uint8_t was = s_outlev;
-    explicit hushed(bool hush)
-    {
-        if (hush)
-            s_outlev = 5;
-    }
-    ~hushed() { s_outlev = was; }
-    hushed(const hushed &) = delete;
-    hushed &operator=(const hushed &) = delete;
-};
 
 bool flag_of(int32_t argc, int32_t k, bool *flag)
 {
@@ -46,7 +32,7 @@ bool addobs(int32_t argc, bool hush, int32_t *rc)
         return false;
     if (!(n >= 0 && n <= zmaxlong))
         return bi_fail(3300);
-    hushed keep(hush);
+    ov_hush keep(hush);
     *rc = n < 1 ? 0 : dsa_add_obs(sysdsa, int64_t(n), !nofill);
     if (!*rc && n >= 1) {
         s_updata = newdata = true;
@@ -140,7 +126,7 @@ void addvar_call(int32_t argc, const char *id, bool hush)
     if (!end)
         return;
     {
-        hushed keep(hush);
+        ov_hush keep(hush);
         rc = add_them(v);
     }
     if (rc && hush)

@@ -30,10 +30,16 @@ template <class T> bool ov_list<T>::add(T x)
 template struct ov_list<int32_t>;
 template struct ov_list<ov_run>;
 
+int32_t ov_varnumber(const std::string &name, bool abbrev)
+{
+    int32_t k = ovata_findvar(name.c_str(), 11, !abbrev);
+    return k >= 1 && k <= _Kvar && strcmp(_varlist[k - 1], esample_hidden_name) != 0 ? k : 0;
+}
+
 bool ov_findvar(const std::string &name, int32_t *var)
 {
-    *var = ovata_findvar(name.c_str(), 11, !ovata_varabbrev);
-    if (*var >= 1 && *var <= _Kvar && strcmp(_varlist[*var - 1], esample_hidden_name) != 0)
+    *var = ov_varnumber(name, ovata_varabbrev);
+    if (*var)
         return true;
     m_custom_xeqerrf(3500, "variable %s not found", name.c_str());
     return false;

@@ -11,6 +11,7 @@
 #pragma once
 #include "data/dsa.h"
 #include "mosa/bi_int.h"
+#include "output/print.h"
 #include <string>
 
 // A growing array of plain things that survives a refusal of memory.
@@ -42,7 +43,8 @@ bool ov_readvars(const matobj *j, ov_list<int32_t> *vars);
 bool ov_readruns(const matobj *i, ov_list<ov_run> *runs);
 // A row of names or numbers with two columns for a range does not count: one variable.
 bool ov_readvar(const matobj *m, int32_t *var);
-bool ov_findvar(const std::string &name, int32_t *var); // by its name or an abbreviation
+bool ov_findvar(const std::string &name, int32_t *var);     // by its name or an abbreviation
+int32_t ov_varnumber(const std::string &name, bool abbrev); // quiet: 0 when there is none
 // All variables are texts (or all are numbers), else 3254 (3253).
 bool ov_allof(const ov_list<int32_t> &vars, bool strings);
 inline bool ov_isstring(int32_t var)
@@ -69,6 +71,18 @@ struct ov_end {
         m_result(argc, result);
         result = nullptr;
     }
+};
+// Where a code speaks for a failure, the words of the console are left out.
+struct ov_hush {
+    uint8_t was = s_outlev;
+    explicit ov_hush(bool hush)
+    {
+        if (hush)
+            s_outlev = 5;
+    }
+    ~ov_hush() { s_outlev = was; }
+    ov_hush(const ov_hush &) = delete;
+    ov_hush &operator=(const ov_hush &) = delete;
 };
 void ov_void(int32_t argc);           // ends in a void result
 void ov_real(int32_t argc, double z); // in a real scalar

@@ -24,6 +24,25 @@ bool make_view(matobj *v, int16_t eltype, const ov_list<int32_t> &vars, const ov
     return true;
 }
 
+// Rows and columns of a view, numbers from 1, become a view; one run of observations stays one.
+bool view_of_view(matobj *x, const matobj *v, const ov_list<int32_t> &rows,
+                  const ov_list<int32_t> &cols)
+{
+    ov_list<int32_t> vars;
+    ov_list<ov_run> runs;
+    for (int64_t k = 0; k < cols.n; k++)
+        if (!vars.add(v_var(v, cols[k] - 1)))
+            return false;
+    for (int64_t k = 0; k < rows.n; k++) {
+        int32_t obs = v_obs(v, rows[k] - 1);
+        if (runs.n && runs[runs.n - 1].last + 1 == obs)
+            runs[runs.n - 1].last = obs;
+        else if (!runs.add({obs, obs}))
+            return false;
+    }
+    return make_view(x, v->eltype, vars, runs, rows.n, v->view == 1 && runs.n < 2);
+}
+
 // ov_view(V, i, j [, s]). Texts read as missing in a view of numbers, numbers as "" in one of
 // texts.
 void view_call(int32_t argc, const char *id, int16_t eltype)
@@ -31,9 +50,11 @@ void view_call(int32_t argc, const char *id, int16_t eltype)
     m_xeqerrid = id;
     ov_cells c;
     matobj *v = bi_arg(argc, 1);
-    if (ov_readcells(bi_arg(argc, 2), bi_arg(argc, 3), argc > 3 ? bi_arg(argc, 4) : nullptr, &c) &&
+    ov_end end;
+    if (end &&
+        ov_readcells(bi_arg(argc, 2), bi_arg(argc, 3), argc > 3 ? bi_arg(argc, 4) : nullptr, &c) &&
         bi_ismatrix(v) && make_view(v, eltype, c.vars, c.runs, c.nobs, c.whole))
-        ov_void(argc);
+        end.done(argc);
 }
 
 // Indices into a list of n: all when the index is a missing scalar; ranges by rows with two
@@ -86,22 +107,57 @@ void biov_subview(int32_t argc)
         m_xrc = 3104;
         return;
     }
-    ov_list<int32_t> rows, cols, vars;
-    ov_list<ov_run> runs;
-    if (!pick(m_arg(1), v->rows, &rows) || !pick(m_arg(0), v->cols, &cols))
+    ov_list<int32_t> rows, cols;
+    ov_end end;
+    if (end && pick(m_arg(1), v->rows, &rows) && pick(m_arg(0), v->cols, &cols) &&
+        view_of_view(x, v, rows, cols))
+        end.done(argc);
+}
+
+// Which of n elements of a selection are not 0; all of n when v is null.
+static bool chosen(const matobj *v, int32_t n, ov_list<int32_t> *out)
+{
+    for (int32_t k = 0; k < n; k++)
+        if (bi_stop(k))
+            return false;
+        else if ((!v || (v->view ? v_el1(v, k) : mo_re(v)[k]) != 0) && !out->add(k + 1))
+            return false;
+    return true;
+}
+
+static bool array_of(matobj *a, const matobj *x, const ov_list<int32_t> &rows,
+                     const ov_list<int32_t> &cols)
+{
+    matobj *r = m_mktmat(x->eltype, int32_t(rows.n), int32_t(cols.n));
+    bool good = r;
+    for (int64_t i = 0; good && i < rows.n; i++)
+        for (int64_t j = 0; good && j < cols.n; j++)
+            good = !matcpy_el(r, i * cols.n + j, x, int64_t(rows[i] - 1) * x->cols + (cols[j] - 1));
+    good = good && !cpymat(a, r, false);
+    if (r)
+        mo_freemat(r);
+    return good;
+}
+
+// ov_select(A, X, v): A becomes the rows of X where the column v is not 0, or the columns where
+// the row is; a view when X is one.
+void biov_select(int32_t argc)
+{
+    m_xeqerrid = "ov_select()";
+    matobj *a = m_arg(2), *x = m_arg(1), *v = m_arg(0);
+    if (!bi_ismatrix(a) || !bi_ismatrix(x) || !bi_isreal(v))
         return;
-    for (int64_t k = 0; k < cols.n; k++)
-        if (!vars.add(v_var(v, cols[k] - 1)))
-            return;
-    for (int64_t k = 0; k < rows.n; k++) {
-        int32_t obs = v_obs(v, rows[k] - 1);
-        if (runs.n && runs[runs.n - 1].last + 1 == obs)
-            runs[runs.n - 1].last = obs;
-        else if (!runs.add({obs, obs}))
-            return;
+    bool byrow = v->cols == 1 && v->rows == x->rows;
+    if (!byrow && !(v->rows == 1 && v->cols == x->cols)) {
+        m_xrc = 3200;
+        return;
     }
-    if (make_view(x, v->eltype, vars, runs, rows.n, v->view == 1 && runs.n < 2))
-        ov_void(argc);
+    ov_list<int32_t> rows, cols;
+    ov_end end;
+    if (end && chosen(byrow ? v : nullptr, x->rows, &rows) &&
+        chosen(byrow ? nullptr : v, x->cols, &cols) &&
+        (x->view ? view_of_view(a, x, rows, cols) : array_of(a, x, rows, cols)))
+        end.done(argc);
 }
 
 static void parts_of(int32_t argc, const char *id, bool obs)
