@@ -70,6 +70,8 @@ int32_t discardal(int32_t)
     if (*tok)
         return notalow(tok_text(tok));
     pgm_discard_loaded();
+    if (cls_forget_hook && !sys_is_cls)
+        cls_forget_hook();
     return 0;
 }
 

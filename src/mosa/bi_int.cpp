@@ -33,6 +33,15 @@ bool bi_isscalar(const matobj *m)
     return bi_ismatrix(m) && (mo_is1by1(m) || bi_fail(3204));
 }
 
+bool bi_distinct(int32_t argc)
+{
+    for (int32_t i = 2; i <= argc; i++)
+        for (int32_t j = 1; j < i; j++)
+            if (bi_arg(argc, i) == bi_arg(argc, j))
+                return bi_fail(3002);
+    return true;
+}
+
 bool bi_real(const matobj *m, double *z)
 {
     if (!bi_isreal(m) || !bi_isscalar(m))

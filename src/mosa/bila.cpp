@@ -112,7 +112,7 @@ void bi_lud2_la(int32_t argc)
 {
     m_xeqerrid = "_lud2_la()";
     matobj *a = m_arg(1), *p = m_arg(0);
-    if (!square(a) || !bi_isarray(p))
+    if (!square(a) || !bi_isarray(p) || !bi_distinct(argc))
         return;
     if (any_missing(a)) {
         m_xrc = 3351;
@@ -168,7 +168,8 @@ void bi_lusolve_la(int32_t argc)
     m_xeqerrid = "_lusolve_la()";
     matobj *a = bi_arg(argc, 1), *b = bi_arg(argc, 2);
     double tol;
-    if (!square(a) || !bi_isarray(b) || !bi_isreal(b) || !tolerance(argc, 3, &tol))
+    if (!square(a) || !bi_isarray(b) || !bi_isreal(b) || !bi_distinct(argc) ||
+        !tolerance(argc, 3, &tol))
         return;
     if (a->rows != b->rows) {
         m_xrc = 3200;
@@ -206,7 +207,7 @@ void bi_svd_la(int32_t argc)
 {
     m_xeqerrid = "_svd_la()";
     matobj *a = m_arg(2), *s = m_arg(1), *vt = m_arg(0);
-    if (!bi_isarray(a) || !bi_isreal(a) || !bi_isarray(s) || !bi_isarray(vt))
+    if (!bi_isarray(a) || !bi_isreal(a) || !bi_isarray(s) || !bi_isarray(vt) || !bi_distinct(argc))
         return;
     if (a->rows < a->cols) {
         m_xrc = 3200;
@@ -255,7 +256,7 @@ void bi_symeigen_la(int32_t argc)
 {
     m_xeqerrid = "_symeigen_la()";
     matobj *a = bi_arg(argc, 1), *x = bi_arg(argc, 2), *l = bi_arg(argc, 3);
-    if (!square(a) || !bi_isarray(x) || !bi_isarray(l))
+    if (!square(a) || !bi_isarray(x) || !bi_isarray(l) || !bi_distinct(argc))
         return;
     int n = a->rows, info = 0, found = 0;
     bool missing = any_missing(a);
@@ -501,7 +502,8 @@ namespace
 
 // Rows compared by the columns listed, negative for descending; ties keep their order.
 struct row_less {
-    struct stopped {};  // thrown out of the sort, never further
+    struct stopped {
+    }; // thrown out of the sort, never further
     const matobj *a;
     const std::vector<int32_t> *by;
     bool operator()(int32_t p, int32_t q) const

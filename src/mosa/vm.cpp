@@ -351,6 +351,10 @@ static bool fit_to_run(matobj *f)
     dmrec *r = dm_rec(f);
     if (r->a == 1)
         return true;
+    if (!f->rows) { // a record that never got its code
+        m_xrc = 3995;
+        return false;
+    }
     const char *why = m_checkcode(mo_code(f), f->rows);
     if (!why && int64_t(f->rows) * 4 > f->alloc)
         why = "image cut short";
