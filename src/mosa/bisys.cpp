@@ -309,22 +309,6 @@ void biruniform(int32_t argc)
     m_result(argc, r);
 }
 
-// rnormal(r, c, mean, sd), scalars
-void birnormal(int32_t argc)
-{
-    m_xeqerrid = "rnormal()";
-    int32_t rows, cols;
-    double mean, sd;
-    if (!bi_int(m_arg(3), 0, 2147483646, &rows) || !bi_int(m_arg(2), 0, 2147483646, &cols) ||
-        !bi_real(m_arg(1), &mean) || !bi_real(m_arg(0), &sd))
-        return;
-    matobj *r = m_mktmat(MO_REAL, rows, cols);
-    if (!r)
-        return;
-    rnormal_(mo_re(r), mo_count(r), 1, mean, sd);
-    m_result(argc, r);
-}
-
 // rseed(): the state as text; rseed(number or text) sets it.
 void birseed(int32_t argc)
 {
