@@ -51,8 +51,10 @@ void ov_close(int32_t fd)
 // One transfer, restarted after a signal. Bytes moved, 0 at the end, below 0 on failure.
 static ssize_t read_some(int32_t fd, char *at, size_t n)
 {
-    if (fault_hit(F_READ))
+    if (fault_hit(F_READ)) {
+        errno = EIO;
         return -1;
+    }
     ssize_t got;
     do
         got = read(fd, at, n);
@@ -62,8 +64,10 @@ static ssize_t read_some(int32_t fd, char *at, size_t n)
 
 static ssize_t write_some(int32_t fd, const char *at, size_t n)
 {
-    if (fault_hit(F_WRITE))
+    if (fault_hit(F_WRITE)) {
+        errno = EIO;
         return -1;
+    }
     ssize_t put;
     do
         put = write(fd, at, n);

@@ -10,6 +10,7 @@
 #include "mosa/classdef.h"
 #include "mosa/compiler.h"
 #include "mosa/image.h"
+#include "mosa/moio.h"
 #include "output/print.h"
 #include <cstdarg>
 #include <cstdio>
@@ -40,48 +41,6 @@ int32_t no_memory()
 }
 
 } // namespace
-
-// ---- numbers as files keep them: the same today, so that ours may change
-
-int32_t itox_dttype(int32_t type)
-{
-    return type == DM_MOSA ? 1 : type == DM_MOSAFCN ? 2 : 255;
-}
-
-int32_t xtoi_dttype(int32_t type)
-{
-    return type == 1 ? int32_t(DM_MOSA) : type == 2 ? int32_t(DM_MOSAFCN) : -1;
-}
-
-static int32_t checked(int32_t n, int32_t low, int32_t high, const char *fmt)
-{
-    if (n < low || n > high) {
-        char text[64];
-        snprintf(text, sizeof text, "missing %s %d\n", fmt, n);
-        spout21at(3, text);
-    }
-    return n;
-}
-
-int32_t itox_eltype(int32_t eltype)
-{
-    return checked(eltype, MT_CLASSDEF, MT_CLASS, "itox_eltype");
-}
-
-int32_t xtoi_eltype(int32_t eltype)
-{
-    return checked(eltype, MT_CLASSDEF, MT_CLASS, "xtoi_eltype");
-}
-
-int32_t itox_orgtype(int32_t orgtype)
-{
-    return checked(orgtype, OT_MATRIX, OT_VOID, "itox_orgtype");
-}
-
-int32_t xtoi_orgtype(int32_t orgtype)
-{
-    return checked(orgtype, OT_MATRIX, OT_VOID, "xtoi_orgtype");
-}
 
 // ---- the head of a file
 

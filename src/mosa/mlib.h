@@ -64,14 +64,6 @@ int32_t mlib_nmbr(int32_t fd, const mlib_header *h, int32_t k, mlib_info *info);
 [[nodiscard]] int32_t mlib_fancyadd(int32_t fd, mlib_header *h, const matobj *object, bool complete,
                                     int32_t *added);
 
-// ---- numbers as files keep them
-int32_t itox_dttype(int32_t type);
-int32_t xtoi_dttype(int32_t type);
-int32_t itox_eltype(int32_t eltype);
-int32_t xtoi_eltype(int32_t eltype);
-int32_t itox_orgtype(int32_t orgtype);
-int32_t xtoi_orgtype(int32_t orgtype);
-
 // ---- libraries that are searched (mlibload.cpp)
 inline constexpr int32_t ml_maxlibs = 50;
 extern char m_libpath[ml_maxlibs + 1][33]; // names without .mlib
