@@ -96,6 +96,9 @@ const char *sysdir_of(const char *word);
 extern double rmsgtime;  // seconds the last command took, with set rmsg on
 [[nodiscard]] int32_t sysdir_set(const char *word, const char *path);
 extern const char *const sysdir_words[];  // in the order of the listing; ends with null
+// The next directory of a search path such as S_ADO, from *at, with its separator; false at
+// the end of the path.
+bool extrpath(const std::string &list, size_t *at, std::string *dir);
 // The subdirectory of the ado directories that holds a file: its first letter, lower case.
 std::string ado_subdir(const char *name);
 

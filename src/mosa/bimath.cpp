@@ -161,7 +161,6 @@ UNARY(digamma, ovdigamma, nullptr)
 UNARY(trigamma, ovtrigamma, nullptr)
 UNARY(normal, ovnormal, nullptr)
 UNARY(invnormal, ovinvnormal, nullptr)
-UNARY(normalden, ovnormalden, nullptr)
 #undef UNARY
 
 void bifloor(int32_t argc)

@@ -317,22 +317,6 @@ void biuniform(int32_t argc)
     uniforms(argc, "uniform()");
 }
 
-// rnormal(r, c, mean, sd), scalars
-void birnormal(int32_t argc)
-{
-    m_xeqerrid = "rnormal()";
-    int32_t rows, cols;
-    double mean, sd;
-    if (!bi_int(m_arg(3), 0, 2147483646, &rows) || !bi_int(m_arg(2), 0, 2147483646, &cols) ||
-        !bi_real(m_arg(1), &mean) || !bi_real(m_arg(0), &sd))
-        return;
-    matobj *r = m_mktmat(MO_REAL, rows, cols);
-    if (!r)
-        return;
-    rnormal_(mo_re(r), mo_count(r), 1, mean, sd);
-    m_result(argc, r);
-}
-
 // rseed(): the state as text; rseed(number or text) sets it.
 static void seeded(int32_t argc, const char *id)
 {

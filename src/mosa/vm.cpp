@@ -499,9 +499,11 @@ int32_t ixeq()
     if (rc)
         m_freeunlinkedmats();
     mosa_xeq_depth--;
-    if (mosa_xeq_depth == 0)
-        rs_flush();
     f->links = 0;
     mo_freefcn(f);
+    if (mosa_xeq_depth == 0) {
+        rs_flush();
+        m_dropoldfcns(); // here nothing holds the address of a function that is not linked
+    }
     return rc;
 }
