@@ -11,6 +11,7 @@
 #include "expr/comp.h"
 #include "interp/messages.h"
 #include "stats/results.h"
+#include "varlist/terms.h"
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
@@ -195,11 +196,10 @@ static void coefficient(char kind, const char *eq, span inside, span whole)
     if (!b.m)
         comp_fail(gnrnotfound(shown));
     int32_t at = coef_position(&b, eq, name, eq);
-    int32_t var;
-    if (!at && strcmp(name, "_cons")) {  // an abbreviated variable
-        var = findvar_in_list(name, _varlist, _i_Kvar, !ovata_varabbrev);
-        if (var > 0)
-            at = coef_position(&b, eq, _varlist[var - 1], eq);
+    if (!at && strcmp(name, "_cons")) {  // abbreviated variables
+        std::string full = fv_fullname(name);
+        if (full.size() <= size_t(comp_maxname))
+            at = coef_position(&b, eq, full.c_str(), eq);
     }
     if (!at)
         comp_fail(gnrnotfound(shown));
