@@ -72,6 +72,13 @@ bool comp_findvar(const char *name, int32_t *var)
 // that the test for numbers took for an exponent's.
 static bool pointed_name(span s, const char *name)
 {
+    termname t;
+    if (term_read(name, &t)) {
+        if (int32_t rc = fv_column(name, &t))
+            comp_fail(rc);
+        comp_term(t);
+        return true;
+    }
     for (char op : {'-', '+'}) {
         const char *at = nullptr;
         for (const char *p = s.b + 1; p < s.e - 1; p++)
@@ -85,7 +92,10 @@ static bool pointed_name(span s, const char *name)
     const char *point = strrchr(name, '.');
     if (point == name || !isnamechar(point[1]) || !isnamechar(name[0]) || strpbrk(name, ",\"'"))
         return false;
-    comp_fail(errout(RC_NOTALLOWED, "time-series operators and factor variables not allowed\n"));
+    fvspec spec;
+    if (int32_t rc = fv_text(name, FV_TS | FV_FACTOR, &spec))
+        comp_fail(rc);
+    comp_fail(errout(RC_SYNTAX, "%s: a level must be told\n", name));
 }
 
 static void push_matrix(const char *name, opcode op)
@@ -109,7 +119,7 @@ void comp_name(span s, const char *name)
         return;
     int32_t var;
     if (cfl.varsallowed) {
-        if (strchr(name, '.')) {
+        if (strpbrk(name, ".#")) {
             if (pointed_name(s, name))
                 return;
         } else if (comp_findvar(name, &var)) {

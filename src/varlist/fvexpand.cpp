@@ -419,6 +419,10 @@ const char *fv_name(int32_t entry)
 int32_t pi_fvexpand(parinfo_t *pi)
 {
     const auto *spec = static_cast<const fvspec *>(pi->pi_fvtoc);
+    if (pi->pi_vlflag3) {
+        pi->pi_nvar = 0;
+        return 0;
+    }
     std::vector<uint8_t> use(size_t(_Nobs) + 1);
     pi_initialize_xeq(pi);
     for (int32_t i = pi->pi_obs1; i <= pi->pi_obs2; i++) {
@@ -431,7 +435,7 @@ int32_t pi_fvexpand(parinfo_t *pi)
         }
     }
     pi_initialize_xeq(pi);
-    int32_t rc = fv_markout(*spec, use.data());
+    int32_t rc = pi->pi_vlflag2 ? 0 : fv_markout(*spec, use.data());
     if (!rc)
         rc = fv_expand(*spec, use.data(), &fv_current);
     if (rc)

@@ -107,7 +107,8 @@ void fvc_column(const fvcolumns *c, int32_t j, int32_t n, double *out, int32_t s
 // ---- the list of the parse, where it holds operators: an entry -k of vl_vr means column k
 extern fvlist fv_current;
 const char *fv_name(int32_t entry); // the name behind an entry of vl_vr; valid until the next
-// The columns of the command under way, over its sample (casewise: without missing values).
+// The columns of the command under way, over its sample without missing values; with pi_vlflag2
+// each factor is looked at on its own, and with pi_vlflag3 the terms are left as they are.
 struct parinfo_t;
 [[nodiscard]] int32_t pi_fvexpand(parinfo_t *pi);
 // The order in which regressors are swept: base levels and what is marked are left out, plain
