@@ -74,6 +74,39 @@ P = asarray_create("pointer")
 asarray(P, &A, "A")
 asarray(P, &B, "B")
 asarray(P, &A)
+// against plain vectors, kept and removed at random
+real scalar differences(real scalar turns, real scalar keys)
+{
+	transmorphic A
+	real colvector value
+	real scalar i, k, wrong
+	pointer scalar p
+
+	A = asarray_create("real", 1, 5, .9, 1.1)
+	asarray_notfound(A, .)
+	value = J(keys, 1, .)
+	wrong = 0
+	for (i = 1; i <= turns; i++) {
+		k = ceil(runiform(1, 1) * keys)
+		if (runiform(1, 1) < (mod(i, 4000) < 2000 ? .7 : .2)) {
+			value[k] = i
+			asarray(A, k, i)
+		}
+		else {
+			value[k] = .
+			asarray_remove(A, k)
+		}
+		k = ceil(runiform(1, 1) * keys)
+		wrong = wrong + (asarray(A, k) != value[k]) + (asarray_contains(A, k) != (value[k] < .))
+		wrong = wrong + (asarray_elements(A) != nonmissing(value))
+	}
+	for (p = asarray_first(A); p != NULL; p = asarray_next(A, p)) {
+		wrong = wrong + (value[asarray_key(A, p)] != asarray_contents(A, p))
+	}
+	return(wrong + (sort(asarray_keys(A), 1) != select(1::keys, value :< .)))
+}
+rseed(7)
+(differences(8000, 300), differences(2000, 3))
 E = asarray_create("real")
 (rows(asarray_keys(E)), cols(asarray_keys(E)), asarray_first(E) == NULL)
 end
