@@ -14,6 +14,7 @@ sort(unorder(5), 1)'
 rows(unorder(0))
 (invorder((3, 1, 2)), revorder((3, 1, 2)))
 (invorder((3 \ 1 \ 2)), revorder((3 \ 1 \ 2)))
+(selectindex((0, 1, .)), selectindex((1 \ 0))', cols(selectindex((0, 0))), cols(selectindex(J(1, 0, .))))
 uniqrows((1, 2 \ 1, 1 \ 1, 2 \ 0, 9), 1)
 uniqrows(("b" \ "a" \ "b"))
 rows(uniqrows(J(0, 2, .)))
