@@ -112,6 +112,8 @@ void bi_lud2_la(int32_t argc)
 {
     m_xeqerrid = "_lud2_la()";
     matobj *a = m_arg(1), *p = m_arg(0);
+    if (!bi_distinct(argc))
+        return;
     if (a->eltype == MO_COMPLEX) {
         lz_lud(argc);
         return;
@@ -176,6 +178,8 @@ void bi_lusolve_la(int32_t argc)
     m_xeqerrid = "_lusolve_la()";
     matobj *a = bi_arg(argc, 1), *b = bi_arg(argc, 2);
     double tol;
+    if (!bi_distinct(argc))
+        return;
     if (a->eltype == MO_COMPLEX || b->eltype == MO_COMPLEX) {
         lz_lusolve(argc);
         return;
@@ -218,6 +222,8 @@ void bi_svd_la(int32_t argc)
 {
     m_xeqerrid = "_svd_la()";
     matobj *a = m_arg(2), *s = m_arg(1), *vt = m_arg(0);
+    if (!bi_distinct(argc))
+        return;
     if (a->eltype == MO_COMPLEX) {
         lz_svd(argc);
         return;
@@ -271,6 +277,8 @@ void bi_symeigen_la(int32_t argc)
 {
     m_xeqerrid = "_symeigen_la()";
     matobj *a = bi_arg(argc, 1), *x = bi_arg(argc, 2), *l = bi_arg(argc, 3);
+    if (!bi_distinct(argc))
+        return;
     if (a->eltype == MO_COMPLEX) {
         lz_symeigen(argc);
         return;
@@ -533,7 +541,8 @@ namespace
 
 // Rows compared by the columns listed, negative for descending; ties keep their order.
 struct row_less {
-    struct stopped {};  // thrown out of the sort, never further
+    struct stopped {
+    }; // thrown out of the sort, never further
     const matobj *a;
     const std::vector<int32_t> *by;
     bool operator()(int32_t p, int32_t q) const
