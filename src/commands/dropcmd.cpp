@@ -1,4 +1,5 @@
 // commands/dropcmd.cpp - drop and keep: variables, or observations.
+#include "commands/dropping.h"
 #include "core/mem.h"
 #include "core/rc.h"
 #include "core/state.h"
@@ -37,18 +38,8 @@ int32_t dropvars(bool keep)
     }
     for (int32_t i = 0; i < parinfo->pi_nvar; i++)
         flags[parinfo->vl_vr[i] - 1] = !keep;
-    // The hidden variable alone is no dataset.
-    int32_t rc = 0, left = 0, hidden = *esamplename ? sysfindvar(esamplename) : 0;
-    for (int32_t v = 1; v <= _Kvar; v++)
-        left += !flags[v - 1] && v != hidden;
-    if (hidden && !left)
-        flags[hidden - 1] = 1;
-    if (memchr(flags, 0, size_t(_Kvar)))
-        rc = memchr(flags, 1, size_t(_Kvar)) ? dsa_drop(sysdsa, flags, true) : 0;
-    else
-        allgone();
+    int32_t rc = drop_vars(flags);
     dsa_drop_close(sysdsa, flags);
-    s_updata = newdata = true;
     return rc;
 }
 
@@ -74,19 +65,40 @@ int32_t droprows(bool keep)
     dsa_delhandle h = dsa_delete_open(sysdsa, keep);
     if (h.var < 0)
         return -h.var;
-    int32_t n = markrows(uint32_t(h.var), keep), rc = stopflag;
-    if (!rc && n)
-        rc = dsa_delete(sysdsa, h.var);
-    dsa_delete_close(sysdsa, &h);
+    int32_t n = markrows(uint32_t(h.var), keep), rc = drop_marked(&h, n, stopflag);
     if (rc)
         return rc;
-    if (n)
-        s_updata = newdata = true;
     spout21fat(1, "(%d observation%s deleted)\n", n, plural(n));
     return 0;
 }
 
 }  // namespace
+
+int32_t drop_vars(uint8_t *flags)
+{
+    // The hidden variable alone is no dataset.
+    int32_t rc = 0, left = 0, hidden = *esamplename ? sysfindvar(esamplename) : 0;
+    for (int32_t v = 1; v <= _Kvar; v++)
+        left += !flags[v - 1] && v != hidden;
+    if (hidden && !left)
+        flags[hidden - 1] = 1;
+    if (memchr(flags, 0, size_t(_Kvar)))
+        rc = memchr(flags, 1, size_t(_Kvar)) ? dsa_drop(sysdsa, flags, true) : 0;
+    else
+        allgone();
+    s_updata = newdata = true;
+    return rc;
+}
+
+int32_t drop_marked(const dsa_delhandle *h, int32_t n, int32_t rc)
+{
+    if (!rc && n)
+        rc = dsa_delete(sysdsa, h->var);
+    dsa_delete_close(sysdsa, h);
+    if (!rc && n)
+        s_updata = newdata = true;
+    return rc;
+}
 
 int32_t drop(int32_t keep)
 {

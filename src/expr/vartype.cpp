@@ -61,7 +61,12 @@ static int32_t replacevar(uint32_t var, const keptvar &was)
 {
     if (int32_t rc = pi_dsa_mvvar(sysdsa, sysdsa->K, var, nullptr))
         return rc;
-    if (int32_t rc = dsa_drop_one_var(sysdsa, var + 1, false)) {
+    // Nobody who holds numbers of variables saw the new one come, so nobody is told of this drop.
+    auto tell = dsa_onrenumber;
+    dsa_onrenumber = nullptr;
+    int32_t rc = dsa_drop_one_var(sysdsa, var + 1, false);
+    dsa_onrenumber = tell;
+    if (rc) {
         (void)!pi_dsa_mvvar(sysdsa, var, sysdsa->K, nullptr);
         return rc;
     }

@@ -49,6 +49,9 @@ int32_t mosa_opens(const char *line);
 int32_t doreq();                                      // 1 go on, 0 leave this level
 // Runs a command line from C++ on the caller's level, console and tokens as before on return.
 [[nodiscard]] int32_t run_line(const char *line);
+// Runs a program of an owner, which need not be visible from here. With keep the console is as
+// before on return; without, the line under way is lost.
+[[nodiscard]] int32_t run_program(const char *name, const char *owner, const char *args, bool keep);
 // Takes the next token as the command word and dispatches it, as a prefix does: work variables
 // the command leaves behind are dropped.
 [[nodiscard]] int32_t run_next();

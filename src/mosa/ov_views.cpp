@@ -1,204 +1,75 @@
 // Views: a matrix made to stand for columns and rows of the dataset.
-#include "core/mem.h"
-#include "data/dsa.h"
-#include "data/variables.h"
-#include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
-#include <cmath>
-#include <string>
-#include <vector>
+#include "mosa/ov_index.h"
 
 namespace
 {
 
-constexpr int32_t SEL_NONE = -1, SEL_NOMISSING = 0; // else the number of a variable
-
-bool find_variable(const std::string &name, int32_t *k)
+// The descriptor of a view of columns vars and the observations of the runs.
+bool make_view(matobj *v, int16_t eltype, const ov_list<int32_t> &vars, const ov_list<ov_run> &runs,
+               int64_t nobs, bool run)
 {
-    *k = ovata_findvar(name.c_str(), 10, false);
-    if (*k >= 1 && *k <= _Kvar)
-        return true;
-    m_custom_xeqerrf(3500, "variable %s not found", name.c_str());
-    return false;
-}
-
-// A string element: names with blanks between.
-bool add_names(const char *text, size_t n, std::vector<int32_t> *vars)
-{
-    std::string word;
-    for (size_t i = 0; i <= n; i++) {
-        if (i < n && text[i] != ' ') {
-            word += text[i];
-            continue;
-        }
-        int32_t k;
-        if (!word.empty()) {
-            if (!find_variable(word, &k))
-                return false;
-            vars->push_back(k);
-        }
-        word.clear();
-    }
-    return true;
-}
-
-bool read_vars(const matobj *j, std::vector<int32_t> *vars)
-{
-    if (!bi_isarray(j))
-        return false;
-    if (j->eltype != MO_REAL && j->eltype != MO_STRING)
-        return bi_fail(3255);
-    if (j->rows != 1 && mo_count(j))
-        return bi_fail(3202);
-    if (j->eltype == MO_REAL && mo_is1by1(j) && ovismissing(*mo_re(j))) {
-        for (int32_t k = 1; k <= _Kvar; k++)
-            vars->push_back(k);
-        return true;
-    }
-    for (int32_t c = 0; c < j->cols; c++) {
-        if (j->eltype == MO_STRING) {
-            const char *block = mo_sel(j)[c];
-            if (!add_names(sel_text(block), size_t(sel_len(block)), vars))
-                return false;
-            continue;
-        }
-        double z = mo_re(j)[c];
-        if (!(z >= 1 && z <= _Kvar))
-            return bi_fail(3300);
-        vars->push_back(int32_t(z));
-    }
-    return true;
-}
-
-bool read_selection(const matobj *s, int32_t *sel)
-{
-    *sel = SEL_NONE;
-    if (!bi_isscalar(s) || !bi_isarray(s))
-        return false;
-    if (s->eltype == MO_STRING) {
-        std::string name(sel_text(*mo_sel(s)), size_t(sel_len(*mo_sel(s))));
-        return name.empty() || find_variable(name, sel);
-    }
-    double z;
-    if (!bi_real(s, &z))
-        return false;
-    if (z >= misval)
-        return true;
-    if (z == 0) {
-        *sel = SEL_NOMISSING;
-        return true;
-    }
-    if (!(z >= 1 && z <= _Kvar))
-        return bi_fail(3300);
-    *sel = int32_t(z);
-    return true;
-}
-
-bool is_string(int32_t k)
-{
-    return t_isstr(_typlist[k - 1]);
-}
-
-bool selected(int32_t sel, const std::vector<int32_t> &vars, int32_t obs)
-{
-    if (sel == SEL_NONE)
-        return true;
-    if (sel != SEL_NOMISSING)
-        return !is_string(sel) && dsa_data(sysdsa, uint32_t(sel), uint32_t(obs)) != 0;
-    char text[256];
-    for (int32_t k : vars)
-        if (is_string(k) ? !*dsa_sdata(sysdsa, uint32_t(k), uint32_t(obs), text)
-                         : dsa_data(sysdsa, uint32_t(k), uint32_t(obs)) >= misval)
-            return false;
-    return true;
-}
-
-// One row of the ranges; false for a bad one.
-bool one_range(const matobj *i, int32_t r, double *first, double *last)
-{
-    *first = mo_re(i)[int64_t(r) * i->cols];
-    *last = mo_re(i)[int64_t(r) * i->cols + i->cols - 1];
-    bool open = *first >= misval;
-    *first = open ? 1 : trunc(*first);
-    *last = *last >= misval ? _Nobs : trunc(*last);
-    if (open && *last < *first)
-        return true; // an empty dataset has no rows
-    return *first >= 1 && *first <= *last && *last <= _Nobs;
-}
-
-// The observations of the ranges that the selection keeps; *run tells one range in full.
-bool read_obs(const matobj *i, int32_t sel, const std::vector<int32_t> &vars,
-              std::vector<int32_t> *obs, bool *run)
-{
-    if (!bi_isarray(i) || !bi_isreal(i))
-        return false;
-    if (i->cols < 1 || i->cols > 2)
-        return bi_fail(3203);
-    *run = i->rows == 1 && sel == SEL_NONE;
-    for (int32_t r = 0; r < i->rows; r++) {
-        double first, last;
-        if (!one_range(i, r, &first, &last))
-            return bi_fail(3300);
-        for (double n = first; n <= last; n++) {
-            if (fault_poll())
-                return bi_fail(1);
-            if (selected(sel, vars, int32_t(n)))
-                obs->push_back(int32_t(n));
-        }
-    }
-    return true;
-}
-
-bool make_view(matobj *v, int16_t eltype, const std::vector<int32_t> &vars,
-               const std::vector<int32_t> &obs, bool run)
-{
-    if (m_remkmat(v, eltype, run ? 1 : 2, int32_t(obs.size()), int32_t(vars.size())))
+    if (m_remkmat(v, eltype, run ? 1 : 2, int32_t(nobs), int32_t(vars.n)))
         return false;
     auto *to = static_cast<int32_t *>(v->data);
-    for (int32_t k : vars)
-        *to++ = k;
-    if (run)
-        *to = obs.empty() ? 1 : obs[0];
-    else
-        for (int32_t n : obs)
+    for (int64_t k = 0; k < vars.n; k++)
+        *to++ = vars[k];
+    if (run) {
+        *to = runs.n ? runs[0].first : 1;
+        return true;
+    }
+    for (int64_t r = 0; r < runs.n; r++)
+        for (int32_t n = runs[r].first; n <= runs[r].last; n++)
             *to++ = n;
     return true;
 }
 
-// ov_view(V, i, j [, s])
+// Rows and columns of a view, numbers from 1, become a view; one run of observations stays one.
+bool view_of_view(matobj *x, const matobj *v, const ov_list<int32_t> &rows,
+                  const ov_list<int32_t> &cols)
+{
+    ov_list<int32_t> vars;
+    ov_list<ov_run> runs;
+    for (int64_t k = 0; k < cols.n; k++)
+        if (!vars.add(v_var(v, cols[k] - 1)))
+            return false;
+    for (int64_t k = 0; k < rows.n; k++) {
+        int32_t obs = v_obs(v, rows[k] - 1);
+        if (runs.n && runs[runs.n - 1].last + 1 == obs)
+            runs[runs.n - 1].last = obs;
+        else if (!runs.add({obs, obs}))
+            return false;
+    }
+    return make_view(x, v->eltype, vars, runs, rows.n, v->view == 1 && runs.n < 2);
+}
+
+// ov_view(V, i, j [, s]). Texts read as missing in a view of numbers, numbers as "" in one of
+// texts.
 void view_call(int32_t argc, const char *id, int16_t eltype)
 {
     m_xeqerrid = id;
-    std::vector<int32_t> vars, obs;
-    int32_t sel = SEL_NONE;
-    bool run = false;
+    ov_cells c;
     matobj *v = bi_arg(argc, 1);
-    if (!read_vars(bi_arg(argc, 3), &vars) ||
-        (argc > 3 && !read_selection(bi_arg(argc, 4), &sel)) ||
-        !read_obs(bi_arg(argc, 2), sel, vars, &obs, &run) || !bi_ismatrix(v))
-        return;
-    for (int32_t k : vars)
-        if (is_string(k) != (eltype == MO_STRING)) {
-            m_xrc = eltype == MO_STRING ? 3254 : 3253;
-            return;
-        }
-    if (make_view(v, eltype, vars, obs, run))
-        m_result(argc, m_mktmat(MO_REAL, 0, 0));
+    ov_end end;
+    if (end &&
+        ov_readcells(bi_arg(argc, 2), bi_arg(argc, 3), argc > 3 ? bi_arg(argc, 4) : nullptr, &c) &&
+        bi_ismatrix(v) && make_view(v, eltype, c.vars, c.runs, c.nobs, c.whole))
+        end.done(argc);
 }
 
 // Indices into a list of n: all when the index is a missing scalar; ranges by rows with two
 // columns (of a column index) or two rows (of a row index).
-bool pick(const matobj *index, int32_t n, std::vector<int32_t> *out)
+bool pick(const matobj *index, int32_t n, ov_list<int32_t> *out)
 {
     if (!bi_isarray(index) || !bi_isreal(index))
         return false;
-    bool tall = index->cols <= 2 && index->rows >= 1 && (index->rows > 1 || index->cols == 2);
-    bool ranges = tall && index->cols == 2;
     if (mo_is1by1(index) && *mo_re(index) >= misval) {
         for (int32_t k = 1; k <= n; k++)
-            out->push_back(k);
+            if (!out->add(k))
+                return false;
         return true;
     }
+    bool ranges = index->cols == 2 && index->rows >= 1;
     for (int64_t k = 0; k < mo_count(index); k += ranges ? 2 : 1) {
         double from = mo_re(index)[k], to = ranges ? mo_re(index)[k + 1] : from;
         if (ranges && from >= misval)
@@ -207,8 +78,9 @@ bool pick(const matobj *index, int32_t n, std::vector<int32_t> *out)
             to = n;
         if (!(from >= 1 && from <= to && to <= n))
             return bi_fail(3300);
-        for (double x = from; x <= to; x++)
-            out->push_back(int32_t(x));
+        for (auto x = int32_t(from); x <= int32_t(to); x++)
+            if (!out->add(x))
+                return false;
     }
     return true;
 }
@@ -235,18 +107,57 @@ void biov_subview(int32_t argc)
         m_xrc = 3104;
         return;
     }
-    std::vector<int32_t> rows, cols, vars, obs;
-    if (!pick(m_arg(1), v->rows, &rows) || !pick(m_arg(0), v->cols, &cols))
+    ov_list<int32_t> rows, cols;
+    ov_end end;
+    if (end && pick(m_arg(1), v->rows, &rows) && pick(m_arg(0), v->cols, &cols) &&
+        view_of_view(x, v, rows, cols))
+        end.done(argc);
+}
+
+// Which of n elements of a selection are not 0; all of n when v is null.
+static bool chosen(const matobj *v, int32_t n, ov_list<int32_t> *out)
+{
+    for (int32_t k = 0; k < n; k++)
+        if (bi_stop(k))
+            return false;
+        else if ((!v || (v->view ? v_el1(v, k) : mo_re(v)[k]) != 0) && !out->add(k + 1))
+            return false;
+    return true;
+}
+
+static bool array_of(matobj *a, const matobj *x, const ov_list<int32_t> &rows,
+                     const ov_list<int32_t> &cols)
+{
+    matobj *r = m_mktmat(x->eltype, int32_t(rows.n), int32_t(cols.n));
+    bool good = r;
+    for (int64_t i = 0; good && i < rows.n; i++)
+        for (int64_t j = 0; good && j < cols.n; j++)
+            good = !matcpy_el(r, i * cols.n + j, x, int64_t(rows[i] - 1) * x->cols + (cols[j] - 1));
+    good = good && !cpymat(a, r, false);
+    if (r)
+        mo_freemat(r);
+    return good;
+}
+
+// ov_select(A, X, v): A becomes the rows of X where the column v is not 0, or the columns where
+// the row is; a view when X is one.
+void biov_select(int32_t argc)
+{
+    m_xeqerrid = "ov_select()";
+    matobj *a = m_arg(2), *x = m_arg(1), *v = m_arg(0);
+    if (!bi_ismatrix(a) || !bi_ismatrix(x) || !bi_isreal(v))
         return;
-    bool run = v->view == 1;
-    for (int32_t c : cols)
-        vars.push_back(v_var(v, c - 1));
-    for (int32_t r : rows)
-        obs.push_back(v_obs(v, r - 1));
-    for (size_t k = 1; k < obs.size(); k++)
-        run = run && obs[k] == obs[k - 1] + 1;
-    if (make_view(x, v->eltype, vars, obs, run))
-        m_result(argc, m_mktmat(MO_REAL, 0, 0));
+    bool byrow = v->cols == 1 && v->rows == x->rows;
+    if (!byrow && !(v->rows == 1 && v->cols == x->cols)) {
+        m_xrc = 3200;
+        return;
+    }
+    ov_list<int32_t> rows, cols;
+    ov_end end;
+    if (end && chosen(byrow ? v : nullptr, x->rows, &rows) &&
+        chosen(byrow ? nullptr : v, x->cols, &cols) &&
+        (x->view ? view_of_view(a, x, rows, cols) : array_of(a, x, rows, cols)))
+        end.done(argc);
 }
 
 static void parts_of(int32_t argc, const char *id, bool obs)

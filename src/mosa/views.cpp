@@ -2,6 +2,7 @@
 #include "core/mem.h"
 #include "core/state.h"
 #include "data/dsa.h"
+#include "data/sort.h"
 #include "mosa/vm.h"
 
 int64_t v_length(int32_t kind, int32_t rows, int32_t cols)
@@ -49,6 +50,14 @@ static bool cell(const matobj *v, int32_t i, int32_t j, uint32_t *var, uint32_t 
     return true;
 }
 
+// The data changed, and may be out of order from this variable on.
+static void written(uint32_t var)
+{
+    s_updata = true;
+    if (_srtlist[0])
+        pi_chksort(int32_t(var));
+}
+
 double v_el(const matobj *v, int32_t i, int32_t j)
 {
     uint32_t k, n;
@@ -68,7 +77,7 @@ void v_sto_el(double z, const matobj *v, int32_t i, int32_t j)
     if (!cell(v, i, j, &k, &n) || t_isstr(_typlist[k - 1]))
         return;
     dsa_store(z, sysdsa, k, n);
-    s_updata = true;
+    written(k);
 }
 
 void v_sto_el1(double z, const matobj *v, int64_t k)
@@ -116,7 +125,7 @@ void v_sto_sel(const char *bytes, int32_t length, const matobj *v, int32_t i, in
     char text[T_STRMAX + 1] = {};
     memcpy(text, bytes, size_t(length < T_STRMAX ? length : T_STRMAX));
     dsa_safe_sstore(sysdsa, k, n, text);
-    s_updata = true;
+    written(k);
 }
 
 // ---- terms of expanded variable lists are resolved by a layer above, which fills the handle

@@ -195,6 +195,63 @@ static int32_t to_dynamic(fasttable *t, int32_t type)
     return 0;
 }
 
+// ---- items put by others. What is new is made under a name that nobody can have, so that the
+// old one goes only when nothing can fail any more.
+
+static constexpr char making[] = " making";
+
+static void *made(int32_t type, int32_t cat, const void *data, size_t n)
+{
+    return dmsave(making, type, cat, data, n) ? nullptr : dmfind0(making, type);
+}
+
+int32_t retval_put_scalar(int32_t kind, const char *name, double z, int32_t cat)
+{
+    storetypes s = types_of(kind);
+    if (z_allexp(z))
+        z = misval;
+    bool fast = s.table && (s.table->n < ntable || table_find(s.table, name) >= 0);
+    void *p = fast ? nullptr : made(s.scalar, cat, &z, sizeof z);
+    if (!fast && !p)
+        return RC_DMMEM;
+    erase(s, name);
+    if (p)
+        dmrename(p, name);
+    else
+        table_add(s.table, name, z, cat);
+    if (kind == RK_R)
+        retval_flag |= p ? RF_DM : RF_TABLE;
+    return 0;
+}
+
+int32_t retval_put_macro(int32_t kind, const char *name, const char *text, int32_t cat)
+{
+    storetypes s = types_of(kind);
+    void *p = *text ? made(s.macro, cat, text, strlen(text) + 1) : nullptr;
+    if (*text && !p)
+        return RC_DMMEM;
+    erase(s, name);
+    if (p)
+        dmrename(p, name);
+    if (p && kind == RK_R)
+        retval_flag |= RF_DM;
+    return 0;
+}
+
+int32_t retval_put_matrix(int32_t kind, const char *name, const char *from, int32_t cat)
+{
+    erase(types_of(kind), name);
+    matkind to = kind == RK_E ? MK_E : kind == RK_R ? MK_R : MK_RETURN;
+    if (int32_t rc = umat_rename(from, name, to))
+        return rc;
+    if (kind == RK_R)
+        retval_flag |= RF_DM;
+    dm_rec(dmfind0(name, mk_type(to)))->aux = cat;
+    return 0;
+}
+
+void retval_take_away(int32_t kind, const char *name) { erase(types_of(kind), name); }
+
 // ---- r()
 
 void retval_zap()

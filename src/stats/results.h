@@ -71,6 +71,16 @@ int32_t retval_names(int32_t kind, int32_t sort, std::string *out);
 int32_t retvals_dir(int32_t kind);  // the listing form; returns stopflag
 void retval_mark_dm();  // r() now holds records
 
+// One item of a store put in the place of any of that name, or nothing changed and 950. A name is
+// of one sort at a time. Empty texts take the item away. put_matrix takes over a matrix of the
+// user, named from. The stores are told apart as for gretval_find.
+[[nodiscard]] int32_t retval_put_scalar(int32_t kind, const char *name, double z, int32_t cat);
+[[nodiscard]] int32_t retval_put_macro(int32_t kind, const char *name, const char *text,
+                                       int32_t cat);
+[[nodiscard]] int32_t retval_put_matrix(int32_t kind, const char *name, const char *from,
+                                        int32_t cat);
+void retval_take_away(int32_t kind, const char *name);
+
 // ---- whole sets set aside under a name; kind is RK_R or RK_E. Silent.
 [[nodiscard]] int32_t held_hold(int32_t kind, const char *name, bool permanent = false);
                                                            // 0, 110, 950, 1000

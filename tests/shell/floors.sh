@@ -14,7 +14,7 @@ function floor_of(f) {
     if (f ~ /^(interp|varlist)\//) return 4
     if (f ~ /^expr\//) return 3
     if (f ~ /^mosa\//) return 3
-    if (f ~ /^stats\/(rows|crossprod|regfit|regress|regress_int|regiv|coeftab|predict|hypothesis|correlate|rmcoll|statparse)\./) return 3
+    if (f ~ /^stats\/(rows|crossprod|regfit|regress|regress_int|regiv|coeftab|predict|hypothesis|correlate|rmcoll|perfect|statparse)\./) return 3
     if (f ~ /^(data|stats)\//) return 2
     if (f ~ /^output\//) return 1
     return 0

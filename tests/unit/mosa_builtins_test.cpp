@@ -1,6 +1,7 @@
 // The built-in functions called from the language: values reckoned by hand or with another
 // program's arithmetic, wrong arguments, and the rows that are not built yet.
 #include "../mosa_asm.h"
+#include "mosa/bihandlers.h"
 #include "mosabi.h"
 #include "mosahelp.h"
 #include <filesystem>
@@ -250,31 +251,21 @@ TEST(MosaBuiltins, SystemAndData)
     try_all(system_calls);
 }
 
-static std::string contents(const std::filesystem::path &path)
-{
-    std::ifstream f(path);
-    return {std::istreambuf_iterator<char>(f), {}};
-}
-
-// A function that has come to life without a row above shows up here.
+// A function that has come to life without a call in any of the tables shows up here.
 TEST(MosaBuiltins, EveryBuiltFunctionIsTried)
 {
     std::string all;
-    auto add = [&](const auto &rows) {
-        for (auto &r : rows)
-            all += std::string(" ") + r.text;
-    };
-    add(arithmetic), add(shapes), add(sums), add(texts), add(algebra), add(system_calls);
-    // Families have files of their own.
-    for (const auto &e : std::filesystem::directory_iterator(OVATA_SOURCE_DIR "/tests/unit")) {
-        std::string name = e.path().filename();
-        if (name.starts_with("mosa_bi") && name.ends_with("_test.cpp"))
-            all += contents(e.path());
+    for (auto &f : std::filesystem::directory_iterator(OVATA_SOURCE_DIR "/tests/unit")) {
+        if (!f.path().filename().string().starts_with("mosa_"))
+            continue;
+        std::ifstream in(f.path());
+        all.append(std::istreambuf_iterator<char>(in), {});
     }
     for (int32_t i = 0; i < m_nbuiltin; i++) {
         std::string call = std::string(m_bitable[i].name) + "(";
         size_t at = 0;
-        bool found = !m_bitable[i].handler;
+        auto handler = m_bitable[i].handler;
+        bool found = !handler || handler == bi_xl || handler == bi_haver; // they only refuse
         while (!found && (at = all.find(call, at)) != std::string::npos)
             found = !isalnum(uint8_t(all[at++ - 1])) && all[at - 2] != '_';
         EXPECT_TRUE(found) << call;
@@ -306,6 +297,9 @@ TEST(MosaBuiltins, WrongArguments)
         {"I(-1)", "3300"},
         {"ma = (1, 2); _cholesky(ma)", "3205"},
         {"cross((1, 2), (1 \\ 2))", "3200"},
+        {"ma = (2, 1 \\ 1, 2); mb = .; _symeigen_la(ma, mb, mb)", "3002"},
+        {"ma = (2, 1 \\ 1, 2); _svd_la(ma, ma, ma)", "3002"},
+        {"ma = (2, 1 \\ 1, 2); _lusolve_la(ma, ma)", "3002"},
         {"sum(\"a\")", "3251"},
         {"ov_viewvars(1)", "3104"},
         {"vv = .; ov_view(vv, 5, 1)", "3300"},
@@ -335,5 +329,7 @@ TEST(MosaBuiltins, RowsNotBuilt)
             found += std::string(m_bitable[i].name) + "\n";
     EXPECT_EQ(found, want);
     EXPECT_EQ(m_nbuiltin, 722);
-    EXPECT_EQ(value("uniform(1, 1)"), "3996");
+    if (!found.empty()) {
+        EXPECT_EQ(value(found.substr(0, found.find('\n')) + "()"), "3996");
+    }
 }
