@@ -18,6 +18,8 @@ static int32_t open_flags(ov_mode mode)
     case OV_CREATE: return O_WRONLY | O_CREAT | O_EXCL;
     case OV_REPLACE: return O_WRONLY | O_CREAT | O_TRUNC;
     case OV_APPEND: return O_WRONLY | O_CREAT | O_APPEND;
+    case OV_UPDATE: return O_RDWR;
+    case OV_EITHER: return O_RDWR | O_CREAT;
     }
     return O_RDONLY;
 }
@@ -32,7 +34,7 @@ int32_t ov_open(const char *name, ov_mode mode)
     if (fd >= 0)
         return fd;
     if (errno == ENOENT)
-        return mode == OV_READ ? -RC_FILENOTFOUND : -RC_FILEOPEN;
+        return mode == OV_READ || mode == OV_UPDATE ? -RC_FILENOTFOUND : -RC_FILEOPEN;
     if (errno == EEXIST)
         return -RC_FILEEXISTS;
     if (mode != OV_READ && errno == EACCES && path_isfile(path))
@@ -49,8 +51,10 @@ void ov_close(int32_t fd)
 // One transfer, restarted after a signal. Bytes moved, 0 at the end, below 0 on failure.
 static ssize_t read_some(int32_t fd, char *at, size_t n)
 {
-    if (fault_hit(F_READ))
+    if (fault_hit(F_READ)) {
+        errno = EIO;
         return -1;
+    }
     ssize_t got;
     do
         got = read(fd, at, n);
@@ -60,8 +64,10 @@ static ssize_t read_some(int32_t fd, char *at, size_t n)
 
 static ssize_t write_some(int32_t fd, const char *at, size_t n)
 {
-    if (fault_hit(F_WRITE))
+    if (fault_hit(F_WRITE)) {
+        errno = EIO;
         return -1;
+    }
     ssize_t put;
     do
         put = write(fd, at, n);

@@ -12,6 +12,8 @@ enum ov_mode : uint8_t {
     OV_CREATE,   // must not exist (602)
     OV_REPLACE,  // created or truncated
     OV_APPEND,   // created or appended to
+    OV_UPDATE,   // must exist; read and written, from the start
+    OV_EITHER,   // created or kept; read and written, from the start
 };
 
 // A descriptor, or -601 not found, -602 already exists, -603 could not be opened,

@@ -85,6 +85,10 @@ char *sxeq(xeqpgm *pgm, int32_t obs, char *buffer);   // string program, 246 byt
 enum xq_byask : uint8_t { BQ_BY, BQ_LASTCALL, BQ_INDEX, BQ_N1, BQ_N2 };
 extern double (*xeq_byquery)(xq_byask ask);
 
+// The class system's value at a path, for cls() and scls(): str gets at most 244 bytes when it
+// is not null, else num is set. 0, or a code with words. Null until the system is there.
+extern int32_t (*xeq_classlook)(const char *path, double *num, char *str);
+
 // For a caller with text at hand and no dataset in mind (macros, if of programs, options):
 // compiles and runs at observation 1. num or str (246 bytes) is set by the result; isstr says
 // which. The literal pools, parinfo and ti are as before on return.

@@ -29,9 +29,9 @@ static double one(int32_t op, double x)
     case OP_DOY: return dt_doy(x);
     case OP_COFC_UP: return dt_Cofc(x);
     case OP_COFC_DOWN: return dt_cofC(x);
-    case OP_HOURS: return x / 3600000;
-    case OP_MINUTES: return x / 60000;
-    case OP_SECONDS: return x / 1000;
+    case OP_HOURS: return dt_hours(x);
+    case OP_MINUTES: return dt_minutes(x);
+    case OP_SECONDS: return dt_seconds(x);
     case OP_HH: return dt_hh(x);
     case OP_MM: return dt_mm(x);
     case OP_SS: return dt_ss(x);
@@ -42,9 +42,9 @@ static double one(int32_t op, double x)
     case OP_DOFCC: return dt_dofC(x);
     case OP_COFD: return dt_dhms(x, 0, 0, 0);
     case OP_CCOFD: return dt_Cdhms(x, 0, 0, 0);
-    case OP_MSOFHOURS: return x * 3600000;
-    case OP_MSOFMINUTES: return x * 60000;
-    case OP_MSOFSECONDS: return x * 1000;
+    case OP_MSOFHOURS: return dt_msofhours(x);
+    case OP_MSOFMINUTES: return dt_msofminutes(x);
+    case OP_MSOFSECONDS: return dt_msofseconds(x);
     default: return misval;
     }
 }
@@ -99,11 +99,11 @@ bool xeq_dates(xeqrun *m, int32_t op)
     case OP_DHMS: z = dt_dhms(a[0], a[-1], a[-2], a[-3]); n = 4; break;
     case OP_CDHMS: z = dt_Cdhms(a[0], a[-1], a[-2], a[-3]); n = 4; break;
     case OP_MDYHMS:
-        z = dt_dhms(dt_mdy(a[0], a[-1], a[-2]), a[-3], a[-4], a[-5]);
+        z = dt_mdyhms(a[0], a[-1], a[-2], a[-3], a[-4], a[-5]);
         n = 6;
         break;
     case OP_CMDYHMS:
-        z = dt_Cdhms(dt_mdy(a[0], a[-1], a[-2]), a[-3], a[-4], a[-5]);
+        z = dt_Cmdyhms(a[0], a[-1], a[-2], a[-3], a[-4], a[-5]);
         n = 6;
         break;
     default: return false;

@@ -30,7 +30,7 @@ static bool guarded(xeqrun *m, int32_t op)
     switch (op) {
     case OP_NORMAL: z = ovnormal(x); break;
     case OP_INVNORMAL: z = ovinvnormal(x); break;
-    case OP_LNNORMAL: z = ovlnnormal(x); break;
+    case OP_LNNORMAL: z = vernum < 1000 ? old_lnnormal(x) : ovlnnormal(x); break;
     case OP_NORMALDEN1: z = ovnormalden(x); break;
     case OP_ATAN: z = std::atan(x); break;
     case OP_SIN: z = std::sin(x); break;
@@ -309,9 +309,29 @@ static void regex_sub(xeqrun *m)
     out[244] = 0;
 }
 
+// ---- objects of the class system
+
+int32_t (*xeq_classlook)(const char *path, double *num, char *str);
+
+static void class_value(xeqrun *m, bool wantstr)
+{
+    double z = misval;
+    char text[xq_slot] = "";
+    if (xeq_classlook)
+        (void)xeq_classlook(*m->ss, &z, wantstr ? text : nullptr);
+    if (wantstr)
+        strcpy(*m->ss, text);
+    else {
+        m->ss--;
+        *++m->sp = z;
+    }
+}
+
 static bool string_op(xeqrun *m, int32_t op)
 {
     switch (op) {
+    case OP_CLS: class_value(m, false); break;
+    case OP_SCLS: class_value(m, true); break;
     case OP_CAT: concatenate(m); break;
     case OP_LENGTH: *++m->sp = double(strlen(*m->ss--)); break;
     case OP_REAL: *++m->sp = str_real(*m->ss--); break;

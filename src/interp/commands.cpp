@@ -204,7 +204,7 @@ static int32_t select_row()
         return sel_dead();
     while (*cmd == '.') {
         if (cmd[1])
-            return notbuilt(0);
+            return cls_statement_hook ? cls_statement_hook() : notbuilt(0);
         if (!take_cmd())
             return 0;
     }

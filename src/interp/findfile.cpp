@@ -109,6 +109,20 @@ static bool hit(const std::string &path, int32_t *nth, char *result)
     return true;
 }
 
+bool extrpath(const std::string &list, size_t *at, std::string *dir)
+{
+    while (*at <= list.size()) {
+        size_t end = list.find(';', *at);
+        if (end == std::string::npos)
+            end = list.size();
+        *dir = mapdirname(list.substr(*at, end - *at));
+        *at = end + 1;
+        if (!dir->empty())
+            return true;
+    }
+    return false;
+}
+
 static int32_t along_ado(const std::string &file, int32_t nth, char *result)
 {
     char path[1001];
@@ -116,15 +130,8 @@ static int32_t along_ado(const std::string &file, int32_t nth, char *result)
     if (file.empty())
         return 1;
     macuseshort("S_ADO", path, int32_t(sizeof path));
-    std::string list = path, sub = ado_subdir(file.c_str());
-    for (size_t at = 0; at <= list.size();) {
-        size_t end = list.find(';', at);
-        if (end == std::string::npos)
-            end = list.size();
-        std::string dir = mapdirname(list.substr(at, end - at));
-        at = end + 1;
-        if (dir.empty())
-            continue;
+    std::string list = path, sub = ado_subdir(file.c_str()), dir;
+    for (size_t at = 0; extrpath(list, &at, &dir);) {
         if (dir == "./")
             dir = "";
         if (hit(dir + file, &nth, result) || hit(dir + sub + "/" + file, &nth, result))

@@ -49,6 +49,9 @@ int32_t mosa_opens(const char *line);
 int32_t doreq();                                      // 1 go on, 0 leave this level
 // Runs a command line from C++ on the caller's level, console and tokens as before on return.
 [[nodiscard]] int32_t run_line(const char *line);
+// Runs a program of an owner, which need not be visible from here. With keep the console is as
+// before on return; without, the line under way is lost.
+[[nodiscard]] int32_t run_program(const char *name, const char *owner, const char *args, bool keep);
 // Takes the next token as the command word and dispatches it, as a prefix does: work variables
 // the command leaves behind are dropped.
 [[nodiscard]] int32_t run_next();
@@ -93,6 +96,9 @@ const char *sysdir_of(const char *word);
 extern double rmsgtime;  // seconds the last command took, with set rmsg on
 [[nodiscard]] int32_t sysdir_set(const char *word, const char *path);
 extern const char *const sysdir_words[];  // in the order of the listing; ends with null
+// The next directory of a search path such as S_ADO, from *at, with its separator; false at
+// the end of the path.
+bool extrpath(const std::string &list, size_t *at, std::string *dir);
 // The subdirectory of the ado directories that holds a file: its first letter, lower case.
 std::string ado_subdir(const char *name);
 

@@ -129,6 +129,19 @@ static int32_t join_args(std::string *out)
     }
 }
 
+// A member program may run, and expand lines of its own.
+static int32_t class_xpand(const char *ref, std::string *out)
+{
+    size_t len = linelen;
+    int32_t depth = nest;
+    bool old = oldstyle;
+    int32_t r = mac_clsxpand(ref, out);
+    linelen = len;
+    nest = depth;
+    oldstyle = old;
+    return r;
+}
+
 // Puts the value of the name in space_for_macexp in the place of the reference.
 static int32_t put_value(char *p, size_t old)
 {
@@ -144,7 +157,7 @@ static int32_t put_value(char *p, size_t old)
         else if (c == ':')
             r = extended_xpand(name + 2, &v);
         else if (mac_clsxpand)
-            r = mac_clsxpand(name + 1, &v);
+            r = class_xpand(name + 1, &v);
         if (failed(r))
             return r;
         return splice(p, old, v.data(), strnlen(v.c_str(), macrolen - 1));

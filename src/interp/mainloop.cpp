@@ -2,6 +2,7 @@
 #include "core/clock.h"
 #include "core/rc.h"
 #include "core/settings.h"
+#include "core/text.h"
 #include "data/dsa.h"
 #include "interp/interp.h"
 #include "interp/messages.h"
@@ -165,7 +166,8 @@ int32_t doreq()
     return !leave;
 }
 
-int32_t run_line(const char *line)
+// A line or the arguments of a program in the console, with what stood there put back behind.
+template <class Body> static int32_t with_console(const char *line, Body body)
 {
     constexpr int32_t most = 64; // as many as programs nest
     static std::string saved[most];
@@ -180,10 +182,37 @@ int32_t run_line(const char *line)
     depth++;
     memmove(console, line, strlen(line) + 1);
     ti_settok(tokinfo, console);
-    int32_t rc = run_next();
+    int32_t rc = body();
     depth--;
     memcpy(console, saved[depth].c_str(), saved[depth].size() + 1);
     memcpy(cmd, cmdwas, sizeof cmd);
     ti_return_gettok(tokinfo, &tokens);
     return rc;
+}
+
+int32_t run_line(const char *line)
+{
+    return with_console(line, run_next);
+}
+
+static int32_t enter_owned(const char *name, const char *owner)
+{
+    char was[sizeof sys_pgmclass];
+    memcpy(was, sys_pgmclass, sizeof was);
+    strcut(sys_pgmclass, sizeof sys_pgmclass, owner);
+    strcut(cmd, sizeof cmd, name);
+    int32_t rc = godo(GD_PROGRAM, false);
+    memcpy(sys_pgmclass, was, sizeof was);
+    return rc;
+}
+
+int32_t run_program(const char *name, const char *owner, const char *args, bool keep)
+{
+    if (keep)
+        return with_console(args, [=] { return enter_owned(name, owner); });
+    if (strlen(args) > size_t(conslen))
+        return error(RC_LIMIT);
+    memmove(console, args, strlen(args) + 1);
+    ti_settok(tokinfo, console);
+    return enter_owned(name, owner);
 }

@@ -3,6 +3,7 @@
 #include "core/rc.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "core/text.h"
 #include "data/variables.h"
 #include "expr/parse.h"
 #include "interp/dm.h"
@@ -21,6 +22,9 @@ pgmrec *sys_pgmloc;
 int32_t sys_upline, pgm_indent, sysldtime, load_depth;
 bool sys_is_cls, resort_on_exit, reading_cls_pgm, not_autoload = true;
 void *(*cls_pgmfind_hook)(const char *name, const char *owner);
+int32_t (*cls_init_hook)();
+int32_t (*cls_statement_hook)();
+void (*cls_forget_hook)();
 
 // A record that goes takes the cached pointer to it along, and what it stands for.
 static void on_remove(void *payload, int32_t type)
@@ -356,21 +360,41 @@ int32_t read_options(pgmopts *o, char *properties, int32_t len)
     return plugin ? notbuilt(0) : 0;
 }
 
-int32_t pgmgen()
+// NAME, or CLASS.NAME for a member program; .NAME in the file of a class, and NAME there too.
+int32_t program_name(const char *token, char *name, char *owner, uint8_t *isclass)
 {
-    const char *tok = tokinfo->token;
-    int32_t rc = chkname(tok, false);
+    std::string word = token, before = sys_pgmclass;
+    *isclass = reading_cls_pgm;
+    if (size_t dot = word.rfind('.'); dot != word.npos) {
+        if (dot)
+            before = word.substr(0, dot);
+        if (before.empty())
+            return errout(4007, "no current class context\n");
+        word.erase(0, dot + 1);
+        *isclass = 1;
+    }
+    int32_t rc = chkname(word.c_str(), false);
+    if (!rc && *isclass)
+        rc = chkname(before.c_str(), false);
     if (rc)
         return rc;
-    char name[33], properties[81] = "";
-    memcpy(name, tok, strlen(tok) + 1);
+    strcut(name, 33, word.c_str());
+    strcut(owner, 33, before.c_str());
+    return 0;
+}
+
+int32_t pgmgen()
+{
+    char name[33], owner[33], properties[81] = "";
     pgmopts o = {};
-    o.isclass = reading_cls_pgm;
+    int32_t rc = program_name(tokinfo->token, name, owner, &o.isclass);
+    if (rc)
+        return rc;
     if (ti_peektok_chr(tokinfo) && (rc = read_options(&o, properties, 80)))
         return rc;
     // What a file defines beside its main program belongs to that program.
     bool sub = sysldtime && !not_autoload && strcmp(name, sys_pgmclass) != 0;
-    return pgmdefine(name, o.isclass || sub ? sys_pgmclass : "", &o, nullptr);
+    return pgmdefine(name, o.isclass ? owner : sub ? sys_pgmclass : "", &o, nullptr);
 }
 
 // ---- dir, list, drop

@@ -47,8 +47,12 @@ extern pgmrec *sys_pgmloc;      // record of sys_pgmname once found; null when i
 extern int32_t sys_upline;      // next line, 0-based
 extern bool sys_is_cls;         // it belongs to the class system
 extern bool resort_on_exit;     // sortpreserve is in force at this level
-// The class system's own search; null until it is there.
+// What the class system, on the floor above, answers: its search for programs (null: the plain
+// one), its start, statements that begin with a dot, and forgetting objects and classes.
 extern void *(*cls_pgmfind_hook)(const char *name, const char *owner);
+extern int32_t (*cls_init_hook)();
+extern int32_t (*cls_statement_hook)();
+extern void (*cls_forget_hook)();
 // Copies the next line into console with a blank for its indent byte, and points tokinfo at
 // it. 0; 1 at the end or when the program is gone. pgm_indent is the indent of that line.
 int32_t pgm_getline();

@@ -382,7 +382,7 @@ int32_t sinit0(int32_t argc, char **argv)
     set_graphics = true;
     xeq_byquery = by_query;
     sinit_state = 17;
-    if (mosainit()) {
+    if (mosainit() || (cls_init_hook && cls_init_hook())) {
         complain("\r\nAllocation failure.\r\n");
         return -1;
     }

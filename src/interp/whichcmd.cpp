@@ -1,5 +1,4 @@
-// which, discard, sysdir, timer.
-#include "core/clock.h"
+// which, discard, sysdir.
 #include "core/files.h"
 #include "core/numtext.h"
 #include "core/rc.h"
@@ -71,6 +70,8 @@ int32_t discardal(int32_t)
     if (*tok)
         return notalow(tok_text(tok));
     pgm_discard_loaded();
+    if (cls_forget_hook && !sys_is_cls)
+        cls_forget_hook();
     return 0;
 }
 
@@ -97,62 +98,4 @@ int32_t sysdircmd(int32_t)
         ti_ungettok(tokinfo);
     int32_t rc = ti_gettokfn(tokinfo, path);
     return rc ? error(rc) : sysdir_set(word, path);
-}
-
-// ---- timer: a hundred stop-watches
-
-struct watch {
-    double total, since;
-    int32_t runs;
-    bool on;
-};
-static watch watches[101];
-
-static void timer_show(int32_t i, const watch &w)
-{
-    char name[16];
-    double t = w.total + (w.on ? clock_secs() - w.since : 0);
-    spout21f("%4d: %10.4f / %8d = %13.4f\n", i, t, w.runs, w.runs ? t / w.runs : t);
-    snprintf(name, sizeof name, "t%d", i);
-    retval_set_gscalar(t, name);
-    snprintf(name, sizeof name, "nt%d", i);
-    retval_set_gscalar(w.runs, name);
-}
-
-int32_t timercmd(int32_t)
-{
-    std::string what = ti_gettok(tokinfo, prsestd);
-    const char *tok = ti_gettok(tokinfo, prsestd);
-    int32_t n = 0;
-    if (*tok && (cnvstoint4(tok, &n) || n < 1 || n > 100))
-        return errout(RC_SYNTAX, "timer number must be between 1 and 100\n");
-    if (*tok && *ti_gettok(tokinfo, prsestd))
-        return error(RC_SYNTAX);
-    if (what == "clear") {
-        for (int32_t i = n ? n : 1; i <= (n ? n : 100); i++)
-            watches[i] = {};
-        return 0;
-    }
-    if (what == "list") {
-        outlev_keep level(0);
-        retval_clear();
-        for (int32_t i = n ? n : 1; i <= (n ? n : 100); i++)
-            if (watches[i].runs)
-                timer_show(i, watches[i]);
-        return stopflag;
-    }
-    if ((what != "on" && what != "off") || !n)
-        return error(RC_SYNTAX);
-    watch &w = watches[n];
-    if (what == "on") {
-        if (!w.on) {
-            w.runs++;
-            w.since = clock_secs();
-        }
-        w.on = true;
-    } else if (w.on) {
-        w.total += clock_secs() - w.since;
-        w.on = false;
-    }
-    return 0;
 }

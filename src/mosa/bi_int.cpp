@@ -1,5 +1,6 @@
 #include "mosa/bi_int.h"
 #include "core/missing.h"
+#include "mosa/bi_map.h"
 
 bool bi_fail(int32_t code)
 {
@@ -30,6 +31,15 @@ bool bi_isstring(const matobj *m)
 bool bi_isscalar(const matobj *m)
 {
     return bi_ismatrix(m) && (mo_is1by1(m) || bi_fail(3204));
+}
+
+bool bi_distinct(int32_t argc)
+{
+    for (int32_t i = 2; i <= argc; i++)
+        for (int32_t j = 1; j < i; j++)
+            if (bi_arg(argc, i) == bi_arg(argc, j))
+                return bi_fail(3002);
+    return true;
 }
 
 bool bi_real(const matobj *m, double *z)
@@ -83,4 +93,45 @@ matobj *bi_array(matobj *m)
         return nullptr;
     }
     return copy;
+}
+
+bool bi_conform(int32_t argc, int32_t first, int32_t last, int32_t *rows, int32_t *cols)
+{
+    matobj shape = {};
+    shape.rows = bi_arg(argc, first)->rows;
+    shape.cols = bi_arg(argc, first)->cols;
+    for (int32_t k = first + 1; k <= last; k++)
+        if (m_colonshape(&shape, bi_arg(argc, k), &shape.rows, &shape.cols) == CC_NONE)
+            return bi_fail(3200);
+    *rows = shape.rows;
+    *cols = shape.cols;
+    return true;
+}
+
+void bi_mapreal(int32_t argc, const char *id, double (*f)(const double *))
+{
+    m_xeqerrid = id;
+    for (int32_t k = 1; k <= argc; k++)
+        if (!bi_isreal(bi_arg(argc, k)))
+            return;
+    int32_t rows, cols;
+    if (!bi_conform(argc, 1, argc, &rows, &cols))
+        return;
+    matobj *r = argc == 1 ? bi_target(m_arg(0), MO_REAL) : m_mktmat(MO_REAL, rows, cols);
+    if (!r)
+        return;
+    double *to = mo_re(r), x[bi_mapmost];
+    int64_t count = 0;
+    for (int32_t i = 0; i < rows; i++)
+        for (int32_t j = 0; j < cols; j++) {
+            if (bi_stop(count++))
+                return;
+            bool missing = false;
+            for (int32_t k = 0; k < argc; k++) {
+                x[k] = bi_elc(m_stak[k + 1 - argc], i, j);
+                missing |= x[k] >= misval;
+            }
+            *to++ = missing ? misval : bi_inrange(f(x));
+        }
+    m_result(argc, r);
 }

@@ -7,8 +7,8 @@
 #include "mosa/views.h"
 #include "mosa/vm.h"
 
-bool row_break(); // of the machine: true with 1 in m_xrc when a stop is asked
-inline bool bi_stop(int64_t k)  // the same for element k, looked at now and then
+bool row_break();              // of the machine: true with 1 in m_xrc when a stop is asked
+inline bool bi_stop(int64_t k) // the same for element k, looked at now and then
 {
     return (k & 4095) == 0 && row_break();
 }
@@ -26,6 +26,7 @@ bool bi_isreal(const matobj *m);    // 3253
 bool bi_isnumeric(const matobj *m); // 3251
 bool bi_isstring(const matobj *m);  // 3254
 bool bi_isscalar(const matobj *m);  // 3204
+bool bi_distinct(int32_t argc);     // no argument twice, where one becomes a result: 3002
 // A real scalar's value, from an array or a view.
 bool bi_real(const matobj *m, double *z);
 // A real scalar that is a whole number from low to high, else 3300.

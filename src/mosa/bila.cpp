@@ -7,7 +7,7 @@
 #include "core/state.h"
 #include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
-#include "mosa/blas.h"
+#include "mosa/lapack.h"
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -112,6 +112,12 @@ void bi_lud2_la(int32_t argc)
 {
     m_xeqerrid = "_lud2_la()";
     matobj *a = m_arg(1), *p = m_arg(0);
+    if (!bi_distinct(argc))
+        return;
+    if (a->eltype == MO_COMPLEX) {
+        lz_lud(argc);
+        return;
+    }
     if (!square(a) || !bi_isarray(p))
         return;
     if (any_missing(a)) {
@@ -140,6 +146,10 @@ void bi_luinv_la(int32_t argc)
     m_xeqerrid = "_luinv_la()";
     matobj *a = bi_arg(argc, 1);
     double tol;
+    if (a->eltype == MO_COMPLEX) {
+        lz_luinv(argc);
+        return;
+    }
     if (!square(a) || !tolerance(argc, 2, &tol))
         return;
     int n = a->rows, info = 0, lda = std::max(n, 1), lwork = std::max(64 * n, 1);
@@ -168,6 +178,12 @@ void bi_lusolve_la(int32_t argc)
     m_xeqerrid = "_lusolve_la()";
     matobj *a = bi_arg(argc, 1), *b = bi_arg(argc, 2);
     double tol;
+    if (!bi_distinct(argc))
+        return;
+    if (a->eltype == MO_COMPLEX || b->eltype == MO_COMPLEX) {
+        lz_lusolve(argc);
+        return;
+    }
     if (!square(a) || !bi_isarray(b) || !bi_isreal(b) || !tolerance(argc, 3, &tol))
         return;
     if (a->rows != b->rows) {
@@ -206,6 +222,12 @@ void bi_svd_la(int32_t argc)
 {
     m_xeqerrid = "_svd_la()";
     matobj *a = m_arg(2), *s = m_arg(1), *vt = m_arg(0);
+    if (!bi_distinct(argc))
+        return;
+    if (a->eltype == MO_COMPLEX) {
+        lz_svd(argc);
+        return;
+    }
     if (!bi_isarray(a) || !bi_isreal(a) || !bi_isarray(s) || !bi_isarray(vt))
         return;
     if (a->rows < a->cols) {
@@ -255,6 +277,12 @@ void bi_symeigen_la(int32_t argc)
 {
     m_xeqerrid = "_symeigen_la()";
     matobj *a = bi_arg(argc, 1), *x = bi_arg(argc, 2), *l = bi_arg(argc, 3);
+    if (!bi_distinct(argc))
+        return;
+    if (a->eltype == MO_COMPLEX) {
+        lz_symeigen(argc);
+        return;
+    }
     if (!square(a) || !bi_isarray(x) || !bi_isarray(l))
         return;
     int n = a->rows, info = 0, found = 0;
@@ -298,6 +326,10 @@ void bi_cholesky(int32_t argc)
 {
     m_xeqerrid = "_cholesky()";
     matobj *a = m_arg(0);
+    if (a->eltype == MO_COMPLEX) {
+        lz_cholesky(argc);
+        return;
+    }
     if (!square(a))
         return;
     int n = a->rows, info = 0;
@@ -321,7 +353,8 @@ void bi_cholesky(int32_t argc)
 namespace
 {
 
-bool sweep_all(double *a, int64_t n)
+// With an order, rank by rank: a row of a lower rank goes before all of higher ones.
+bool sweep_all(double *a, int64_t n, const double *rank)
 {
     auto done = scratch<char>(n);
     auto was = scratch<double>(n);
@@ -334,7 +367,8 @@ bool sweep_all(double *a, int64_t n)
         int64_t k = -1;
         for (int64_t i = 0; i < n; i++)
             if (!done[size_t(i)] && a[i * n + i] > was[size_t(i)] * 1e-13 &&
-                (k < 0 || a[i * n + i] > a[k * n + k]))
+                (k < 0 || (rank && rank[i] < rank[k]) ||
+                 (a[i * n + i] > a[k * n + k] && !(rank && rank[i] > rank[k]))))
                 k = i;
         if (k < 0)
             break;
@@ -362,17 +396,29 @@ bool sweep_all(double *a, int64_t n)
     return true;
 }
 
-bool sweep_matrix(matobj *a)
+// order: null, or a vector that gives each row its turn, the lowest first; among rows of one
+// turn the largest pivot goes first.
+bool sweep_matrix(matobj *a, const matobj *order)
 {
+    int64_t n = a->rows;
+    std::unique_ptr<double[]> rank;
+    if (order && mo_count(order)) {
+        if (mo_count(order) != n || (order->rows != 1 && order->cols != 1))
+            return bi_fail(3200);
+        rank = scratch<double>(n);
+        if (!rank)
+            return false;
+        for (int64_t i = 0; i < n; i++)
+            rank[size_t(i)] = order->view ? v_el1(order, i) : mo_re(order)[i];
+    }
     if (any_missing(a)) {
         fillwithmissing(a);
         return true;
     }
-    int64_t n = a->rows;
     for (int64_t i = 0; i < n; i++)
         for (int64_t j = 0; j < i; j++)
             mo_re(a)[j * n + i] = mo_re(a)[i * n + j];
-    return sweep_all(mo_re(a), n);
+    return sweep_all(mo_re(a), n, rank.get());
 }
 
 } // namespace
@@ -381,18 +427,15 @@ void biinvsym(int32_t argc)
 {
     m_xeqerrid = "invsym()";
     matobj *a = bi_arg(argc, 1);
-    if (argc > 1) {
-        m_xrc = 3300; // an order of sweeping cannot be asked for
-        return;
-    }
-    if (!bi_isreal(a))
+    const matobj *order = argc > 1 ? bi_arg(argc, 2) : nullptr;
+    if (!bi_isreal(a) || (order && !bi_isreal(order)))
         return;
     if (a->rows != a->cols) {
         m_xrc = 3205;
         return;
     }
     matobj *r = m_isfree(a) ? a : m_dupmat(a);
-    if (r && sweep_matrix(r))
+    if (r && sweep_matrix(r, order))
         m_result(argc, r);
 }
 
@@ -400,11 +443,8 @@ void bi_invsym(int32_t argc)
 {
     m_xeqerrid = "_invsym()";
     matobj *a = bi_arg(argc, 1);
-    if (argc > 1) {
-        m_xrc = 3300;
-        return;
-    }
-    if (square(a) && sweep_matrix(a))
+    const matobj *order = argc > 1 ? bi_arg(argc, 2) : nullptr;
+    if (square(a) && (!order || bi_isreal(order)) && sweep_matrix(a, order))
         result_void(argc);
 }
 
@@ -501,7 +541,8 @@ namespace
 
 // Rows compared by the columns listed, negative for descending; ties keep their order.
 struct row_less {
-    struct stopped {};  // thrown out of the sort, never further
+    struct stopped {
+    }; // thrown out of the sort, never further
     const matobj *a;
     const std::vector<int32_t> *by;
     bool operator()(int32_t p, int32_t q) const

@@ -3,6 +3,7 @@
 // A missing argument, or one outside the domain, gives missing; a letter of missing survives
 // where the function is defined for every number.
 #include "core/mem.h"
+#include "expr/machine.h"
 #include "expr/strfun.h"
 #include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
@@ -151,6 +152,8 @@ UNARY(cosh, std::cosh, c_cosh)
 UNARY(asinr, std::asin, nullptr)
 UNARY(acosr, std::acos, nullptr)
 UNARY(atanr, std::atan, nullptr)
+UNARY(asinhr, std::asinh, nullptr)
+UNARY(acoshr, std::acosh, nullptr)
 UNARY(factorial, fn_fac, nullptr)
 UNARY(lnfactorial, fn_lnfac, nullptr)
 UNARY(lngamma, ovlngamma, nullptr)
@@ -158,7 +161,6 @@ UNARY(digamma, ovdigamma, nullptr)
 UNARY(trigamma, ovtrigamma, nullptr)
 UNARY(normal, ovnormal, nullptr)
 UNARY(invnormal, ovinvnormal, nullptr)
-UNARY(normalden, ovnormalden, nullptr)
 #undef UNARY
 
 void bifloor(int32_t argc)
@@ -172,6 +174,12 @@ void biceil(int32_t argc)
 void bitrunc(int32_t argc)
 {
     unary(argc, "trunc()", std::trunc, c_trunc, true);
+}
+
+// To the nearest number a float variable holds.
+void bifloatround(int32_t argc)
+{
+    unary(argc, "floatround()", xq_float, nullptr, true);
 }
 
 void biabs(int32_t argc)
@@ -241,6 +249,10 @@ void biatan2(int32_t argc)
 void bimod(int32_t argc)
 {
     binary(argc, "mod()", ovmod);
+}
+void bicomb(int32_t argc)
+{
+    binary(argc, "comb()", ovcomb);
 }
 void bireldif(int32_t argc)
 {

@@ -2,7 +2,7 @@
 #include "core/mem.h"
 #include "core/numtext.h"
 #include "expr/strfun.h"
-#include "mosa/bi_int.h"
+#include "mosa/bi_map.h"
 #include "mosa/bihandlers.h"
 #include "output/fmt.h"
 #include <algorithm>
@@ -16,22 +16,6 @@ namespace
 
 using text = std::string_view;
 
-// Element (i, j) of a string matrix or view; a view's text stays in buffer.
-text str_el(const matobj *m, int32_t i, int32_t j, char *buffer)
-{
-    i = m->rows == 1 ? 0 : i;
-    j = m->cols == 1 ? 0 : j;
-    if (m->view)
-        return {buffer, size_t(v_sel(m, i, j, buffer))};
-    const char *block = mo_sel(m)[int64_t(i) * m->cols + j];
-    return {sel_text(block), size_t(sel_len(block))};
-}
-
-bool put(matobj *r, int64_t k, text t)
-{
-    return !selreplace(r, k, t.data(), int64_t(t.size()));
-}
-
 void map_text(int32_t argc, const char *id, std::string (*f)(text))
 {
     m_xeqerrid = id;
@@ -41,7 +25,7 @@ void map_text(int32_t argc, const char *id, std::string (*f)(text))
     matobj *r = m_mktmat(MO_STRING, a->rows, a->cols);
     char buffer[256];
     for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n && !bi_stop(k); k++)
-        if (!put(r, k, f(str_el(a, int32_t(k / a->cols), int32_t(k % a->cols), buffer))))
+        if (!bi_puttext(r, k, f(bi_textc(a, int32_t(k / a->cols), int32_t(k % a->cols), buffer))))
             break;
     if (r)
         m_result(argc, r);
@@ -161,7 +145,7 @@ void bistrlen(int32_t argc)
     matobj *r = m_mktmat(MO_REAL, a->rows, a->cols);
     char buffer[256];
     for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n && !bi_stop(k); k++)
-        mo_re(r)[k] = double(str_el(a, int32_t(k / a->cols), int32_t(k % a->cols), buffer).size());
+        mo_re(r)[k] = double(bi_textc(a, int32_t(k / a->cols), int32_t(k % a->cols), buffer).size());
     if (r)
         m_result(argc, r);
 }
@@ -186,7 +170,7 @@ void compare(int32_t argc, const char *id, double (*f)(text, text))
     char x[256], y[256];
     for (int32_t i = 0; r && i < rows && !bi_stop(i); i++)
         for (int32_t j = 0; j < cols; j++)
-            mo_re(r)[int64_t(i) * cols + j] = f(str_el(a, i, j, x), str_el(b, i, j, y));
+            mo_re(r)[int64_t(i) * cols + j] = f(bi_textc(a, i, j, x), bi_textc(b, i, j, y));
     if (r)
         m_result(argc, r);
 }
@@ -278,24 +262,29 @@ void bisubstr(int32_t argc)
         for (int32_t j = 0; j < cols; j++) {
             double from = m_el(b, b->rows == 1 ? 0 : i, b->cols == 1 ? 0 : j);
             double len = l ? m_el(l, l->rows == 1 ? 0 : i, l->cols == 1 ? 0 : j) : misval;
-            if (!put(r, int64_t(i) * cols + j,
-                     part(str_el(s, i, j, buffer), trunc(from), trunc(len))))
+            if (!bi_puttext(r, int64_t(i) * cols + j,
+                     part(bi_textc(s, i, j, buffer), trunc(from), trunc(len))))
                 return;
         }
     if (r)
         m_result(argc, r);
 }
 
-// Up to count occurrences of from become to. False for a text too long, or a break.
-static bool replaced(text s, text from, text to, double count, std::string *out)
+// Up to count occurrences of from become to; words has blanks or ends on both sides. False for
+// a text too long, or a break.
+static bool replaced(text s, text from, text to, double count, bool words, std::string *out)
 {
-    size_t at = 0, hit;
-    for (int64_t k = 0; !from.empty() && count >= 1 && (hit = s.find(from, at)) != s.npos;
-         count--, k++) {
-        out->append(s, at, hit - at).append(to);
-        at = hit + from.size();
+    size_t at = 0, look = 0, hit;
+    for (int64_t k = 0; !from.empty() && count >= 1 && (hit = s.find(from, look)) != s.npos; k++) {
+        size_t end = hit + from.size();
+        look = hit + 1;
         if (bi_stop(k))
             return false;
+        if (words && ((hit && s[hit - 1] != ' ') || (end < s.size() && s[end] != ' ')))
+            continue;
+        out->append(s, at, hit - at).append(to);
+        look = at = end;
+        count--;
         if (out->size() > 2147483647)
             return bi_fail(3492);
     }
@@ -303,10 +292,10 @@ static bool replaced(text s, text from, text to, double count, std::string *out)
     return true;
 }
 
-// subinstr(s, old, new [, count])
-void bisubinstr(int32_t argc)
+// (s, old, new [, count])
+static void replace_in(int32_t argc, const char *id, bool words)
 {
-    m_xeqerrid = "subinstr()";
+    m_xeqerrid = id;
     const matobj *s = bi_arg(argc, 1);
     const char *p;
     int32_t n;
@@ -320,50 +309,22 @@ void bisubinstr(int32_t argc)
     matobj *r = m_mktmat(MO_STRING, s->rows, s->cols);
     char buffer[256];
     for (int64_t k = 0, all = r ? mo_count(r) : 0; k < all && !bi_stop(k); k++) {
-        text old = str_el(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer);
+        text old = bi_textc(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer);
         std::string t;
-        if (!replaced(old, from, to, count, &t))
-            return;
-        if (!put(r, k, t))
+        if (!replaced(old, from, to, count, words, &t) || !bi_puttext(r, k, t))
             return;
     }
     if (r)
         m_result(argc, r);
 }
 
-// tokens(s [, characters]): words between blanks; other given characters are words too.
-void bitokens(int32_t argc)
+void bisubinstr(int32_t argc)
 {
-    m_xeqerrid = "tokens()";
-    const char *p;
-    int32_t n;
-    if (!bi_string(bi_arg(argc, 1), &p, &n))
-        return;
-    std::string s(p, size_t(n)), breaks = " ";
-    if (argc > 1) {
-        if (!bi_string(bi_arg(argc, 2), &p, &n))
-            return;
-        breaks.assign(p, size_t(n));
-    }
-    std::vector<std::string> words;
-    for (size_t i = 0; i < s.size();) {
-        if (bi_stop(int64_t(words.size())))
-            return;
-        if (s[i] == ' ' && breaks.find(' ') != breaks.npos) {
-            i++;
-            continue;
-        }
-        size_t end = breaks.find(s[i]) != breaks.npos ? i + 1 : s.find_first_of(breaks, i);
-        end = end == s.npos ? s.size() : end;
-        words.push_back(s.substr(i, end - i));
-        i = end;
-    }
-    matobj *r = m_mktmat(MO_STRING, 1, int32_t(words.size()));
-    for (size_t k = 0; r && k < words.size() && !bi_stop(int64_t(k)); k++)
-        if (!put(r, int64_t(k), words[k]))
-            return;
-    if (r)
-        m_result(argc, r);
+    replace_in(argc, "subinstr()", false);
+}
+void bisubinword(int32_t argc)
+{
+    replace_in(argc, "subinword()", true);
 }
 
 // ---- numbers and characters
@@ -390,7 +351,7 @@ void bistrofreal(int32_t argc)
     for (int64_t k = 0, n = r ? mo_count(r) : 0; k < n && !bi_stop(k); k++) {
         double z = a->view ? v_el1(a, k) : mo_re(a)[k];
         int32_t len = fmtnumtrim(out, sizeof out, z, format);
-        if (!put(r, k, {out, size_t(len)}))
+        if (!bi_puttext(r, k, {out, size_t(len)}))
             return;
     }
     if (r)
@@ -411,7 +372,7 @@ void bi_strtoreal(int32_t argc)
     char buffer[256];
     int64_t bad = 0;
     for (int64_t k = 0, n = mo_count(values); k < n && !bi_stop(k); k++) {
-        std::string t = f_trim(str_el(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer));
+        std::string t = f_trim(bi_textc(s, int32_t(k / s->cols), int32_t(k % s->cols), buffer));
         double z = misval;
         if (t.empty() || cnvstoz(t.c_str(), &z)) {
             z = misval;

@@ -95,17 +95,13 @@ void biquadcolsum(int32_t argc)
     sums(argc, "quadcolsum()", COLS);
 }
 
-// Running sums over a vector, or over a matrix by rows.
-void birunningsum(int32_t argc)
+// ---- running sums over a vector, or over a matrix by rows
+
+namespace
 {
-    m_xeqerrid = "runningsum()";
-    matobj *a = bi_arg(argc, 1);
-    double miss = 0;
-    if (!bi_isreal(a) || (argc > 1 && !bi_real(bi_arg(argc, 2), &miss)))
-        return;
-    matobj *r = bi_target(a, MO_REAL);
-    if (!r)
-        return;
+
+void running(const matobj *a, double miss, matobj *r)
+{
     summer s;
     for (int64_t k = 0, n = mo_count(a); k < n && !bi_stop(k); k++) {
         double z = a->view ? v_el1(a, k) : mo_re(a)[k];
@@ -115,7 +111,62 @@ void birunningsum(int32_t argc)
             s.missing = true;
         mo_re(r)[k] = s.value();
     }
+}
+
+// (X [, missing])
+void running_of(int32_t argc, const char *id)
+{
+    m_xeqerrid = id;
+    matobj *a = bi_arg(argc, 1);
+    double miss = 0;
+    if (!bi_isreal(a) || (argc > 1 && !bi_real(bi_arg(argc, 2), &miss)))
+        return;
+    matobj *r = bi_target(a, MO_REAL);
+    if (!r)
+        return;
+    running(a, miss, r);
     m_result(argc, r);
+}
+
+// (Y, X [, missing]): into Y, which may be a view of the same shape.
+void running_into(int32_t argc, const char *id)
+{
+    m_xeqerrid = id;
+    matobj *y = bi_arg(argc, 1), *x = bi_arg(argc, 2);
+    double miss = 0;
+    if (!bi_ismatrix(y) || !bi_isreal(x) || (argc > 2 && !bi_real(bi_arg(argc, 3), &miss)) || v_fvnotallowed(y))
+        return;
+    if (y->view && (!bi_isreal(y) || y->rows != x->rows || y->cols != x->cols)) {
+        m_xrc = m_xrc ? m_xrc : 3200;
+        return;
+    }
+    matobj *r = m_mktmat(MO_REAL, x->rows, x->cols);
+    if (!r)
+        return;
+    running(x, miss, r);
+    if (y->view ? matcpy_x_x(y, r) : (m_swapmat(y, r), 0))
+        return;
+    mo_free(r);
+    m_result(argc, m_mktmat(MO_REAL, 0, 0));
+}
+
+} // namespace
+
+void birunningsum(int32_t argc)
+{
+    running_of(argc, "runningsum()");
+}
+void biquadrunningsum(int32_t argc)
+{
+    running_of(argc, "quadrunningsum()");
+}
+void bi_runningsum(int32_t argc)
+{
+    running_into(argc, "_runningsum()");
+}
+void bi_quadrunningsum(int32_t argc)
+{
+    running_into(argc, "_quadrunningsum()");
 }
 
 // ---- extremes: least and greatest; missing values are passed over unless asked for
@@ -161,6 +212,38 @@ void extremes(int32_t argc, const char *id, sumof what)
 void biminmax(int32_t argc)
 {
     extremes(argc, "minmax()", WHOLE);
+}
+// The largest absolute value of each row or column; missing values are passed over.
+static void largest(int32_t argc, const char *id, sumof what)
+{
+    m_xeqerrid = id;
+    const matobj *a = m_arg(0);
+    if (!bi_isnumeric(a))
+        return;
+    matobj *r = m_mktmat(MO_REAL, what == ROWS ? a->rows : 1, what == COLS ? a->cols : 1);
+    if (!r)
+        return;
+    fillwithmissing(r);
+    for (int64_t k = 0, n = mo_count(a); k < n; k++) {
+        if (bi_stop(k))
+            return;
+        double z = a->view ? v_el1(a, k) : mo_re(a)[k];
+        if (z >= misval)
+            continue;
+        z = a->eltype == MO_COMPLEX ? std::hypot(z, mo_im(a)[k]) : std::fabs(z);
+        double &to = mo_re(r)[what == ROWS ? k / a->cols : k % a->cols];
+        to = to >= misval ? z : std::max(to, z);
+    }
+    m_result(argc, r);
+}
+
+void birowmaxabs(int32_t argc)
+{
+    largest(argc, "rowmaxabs()", ROWS);
+}
+void bicolmaxabs(int32_t argc)
+{
+    largest(argc, "colmaxabs()", COLS);
 }
 void birowminmax(int32_t argc)
 {
@@ -223,6 +306,15 @@ void birowmissing(int32_t argc)
 void bicolmissing(int32_t argc)
 {
     countmissing(argc, "colmissing()", COLS, true);
+}
+
+void birownonmissing(int32_t argc)
+{
+    countmissing(argc, "rownonmissing()", ROWS, false);
+}
+void bicolnonmissing(int32_t argc)
+{
+    countmissing(argc, "colnonmissing()", COLS, false);
 }
 
 void bihasmissing(int32_t argc)

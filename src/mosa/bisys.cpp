@@ -296,9 +296,9 @@ void bidirexternal(int32_t argc)
 // ---- random numbers
 
 // runiform(r, c)
-void biruniform(int32_t argc)
+static void uniforms(int32_t argc, const char *id)
 {
-    m_xeqerrid = "runiform()";
+    m_xeqerrid = id;
     int32_t rows, cols;
     if (!bi_int(m_arg(1), 0, 2147483646, &rows) || !bi_int(m_arg(0), 0, 2147483646, &cols))
         return;
@@ -308,27 +308,19 @@ void biruniform(int32_t argc)
     runiform_(mo_re(r), mo_count(r), 1);
     m_result(argc, r);
 }
-
-// rnormal(r, c, mean, sd), scalars
-void birnormal(int32_t argc)
+void biruniform(int32_t argc)
 {
-    m_xeqerrid = "rnormal()";
-    int32_t rows, cols;
-    double mean, sd;
-    if (!bi_int(m_arg(3), 0, 2147483646, &rows) || !bi_int(m_arg(2), 0, 2147483646, &cols) ||
-        !bi_real(m_arg(1), &mean) || !bi_real(m_arg(0), &sd))
-        return;
-    matobj *r = m_mktmat(MO_REAL, rows, cols);
-    if (!r)
-        return;
-    rnormal_(mo_re(r), mo_count(r), 1, mean, sd);
-    m_result(argc, r);
+    uniforms(argc, "runiform()");
+}
+void biuniform(int32_t argc)
+{
+    uniforms(argc, "uniform()");
 }
 
 // rseed(): the state as text; rseed(number or text) sets it.
-void birseed(int32_t argc)
+static void seeded(int32_t argc, const char *id)
 {
-    m_xeqerrid = "rseed()";
+    m_xeqerrid = id;
     char text[42];
     if (!argc) {
         geturnseed(text);
@@ -352,4 +344,12 @@ void birseed(int32_t argc)
         seturnseed_i4(seed);
     }
     result_void(argc);
+}
+void birseed(int32_t argc)
+{
+    seeded(argc, "rseed()");
+}
+void biuniformseed(int32_t argc)
+{
+    seeded(argc, "uniformseed()");
 }

@@ -185,6 +185,19 @@ static int32_t new_stamp(const char *name)
     return h ? int32_t(h) : 1;
 }
 
+bool m_official;
+
+// The same for the same definition, so that official libraries come out alike wherever they
+// are made.
+static int32_t content_stamp(const cc_image *im)
+{
+    uint32_t h = 2166136261u;
+    for (int32_t i = 0; i < im->n; i++)
+        h = (h ^ uint32_t(im->w[i])) * 16777619u;
+    h &= 0x7fffffff;
+    return h ? int32_t(h) : 1;
+}
+
 // Records of one kind in a run; their types and names follow when all runs stand.
 static int32_t add_record(cc_image *im, const cd_member &m, int32_t kind, int32_t more)
 {
@@ -251,7 +264,6 @@ static cc_image *lay_out(const cd_class *c)
     w[CW_FORMAT] = m_format;
     w[CW_VERSION] = vernum < 900 ? 900 : vernum;
     w[CW_MARK] = cls_mark;
-    w[CW_STAMP] = new_stamp(c->name);
     w[CW_PARENT] = -1;
     w[CW_FIRSTSLOT] = c->firstslot;
     w[CW_NVIRTUALS] = c->nvirtual;
@@ -268,7 +280,8 @@ static cc_image *lay_out(const cd_class *c)
         w[CW_PARENTSTAMP] = ce_stamp(c->parent);
     }
     ci_add(im, CR_END);
-    w[CW_WORDS] = im->n;
+    im->w[CW_WORDS] = im->n;
+    im->w[CW_STAMP] = m_official ? content_stamp(im) : new_stamp(c->name);
     return im;
 }
 

@@ -66,6 +66,8 @@ const char *cls_text(const int32_t *code, int32_t word);
 const char *sd_check(const int32_t *code, int32_t words);
 const char *cls_check(const int32_t *code, int32_t words);
 
+void m_ac_zapclassdef(int32_t *code); // clears what an image holds for the running program
+
 // ---- building. null with m_xrc set on failure; links 0.
 matobj *rt_findstruct(const char *name);   // "struct %s not found", "%s() not struct definition"
 matobj *rt_findclassdef(const char *name); // loads when needed; null with 3499

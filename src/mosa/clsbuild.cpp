@@ -33,6 +33,22 @@ void set_live(int32_t *rec, matobj *m)
     memcpy(rec + 5, &m, sizeof m);
 }
 
+} // namespace
+
+void m_ac_zapclassdef(int32_t *code)
+{
+    memset(code + CW_RUNTIME, 0, 8);
+    for (int32_t k = 0; k < code[CW_NSTATICS]; k++)
+        set_live(code + code[CW_STATICS] + 7 * k, nullptr);
+    for (int32_t k = 0; k < code[CW_NFCNS]; k++) {
+        int32_t *rec = code + code[CW_FCNS] + 9 * k;
+        memset(rec + (rec[0] == CR_VIRT ? 6 : 7), 0, rec[0] == CR_VIRT ? 12 : 8);
+    }
+}
+
+namespace
+{
+
 // An image is looked at once; addresses that came with it are forgotten.
 bool believed(matobj *def)
 {
@@ -46,15 +62,8 @@ bool believed(matobj *def)
         m_xrc = 3999;
         return false;
     }
-    if (cls) {
-        memset(code + CW_RUNTIME, 0, 8);
-        for (int32_t k = 0; k < code[CW_NSTATICS]; k++)
-            set_live(code + code[CW_STATICS] + 7 * k, nullptr);
-        for (int32_t k = 0; k < code[CW_NFCNS]; k++) {
-            int32_t *rec = code + code[CW_FCNS] + 9 * k;
-            memset(rec + (rec[0] == CR_VIRT ? 6 : 7), 0, rec[0] == CR_VIRT ? 12 : 8);
-        }
-    }
+    if (cls)
+        m_ac_zapclassdef(code);
     r->a = 1;
     return true;
 }

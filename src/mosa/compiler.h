@@ -31,6 +31,9 @@ extern int32_t cc_lineno; // of the block being read, for opcode 89 with set mos
 void cc_freeistmt(const char *name);
 void breakout(); // for the compiler's loops: leaves with "--Break--" when a stop is asked
 
+// What is compiled is for an official library: the same text gives the same code at any time.
+extern bool m_official;
+
 // A function record filled with code; null after its words were printed.
 [[nodiscard]] matobj *m_mkfcn(const char *cls, const char *name, const char *subname, int32_t words,
                               int32_t eltype, int32_t orgtype);

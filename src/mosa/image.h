@@ -43,6 +43,11 @@ void m_cleanpgm(int32_t *code, int32_t words); // forgets cached links
 // The image in the other byte order, in place; foreign tells that it is in the other order
 // now. Cached links of member functions and statics are forgotten. 0, or 9711 with words.
 [[nodiscard]] int32_t m_revpgm(int32_t *code, int32_t words, bool foreign);
+// The same for the image of a struct (MT_STRUCTDEF) or class definition, or, by eltype, of any
+// function. What a class holds for the running program must be clear beforehand.
+[[nodiscard]] int32_t m_revstructdef(int32_t *code, int32_t words, bool foreign);
+[[nodiscard]] int32_t m_revclassdef(int32_t *code, int32_t words, bool foreign);
+[[nodiscard]] int32_t m_revimage(int32_t *code, int32_t words, int32_t eltype, bool foreign);
 // One line an instruction: word, name, operands, literals spelt out.
 std::string m_disasm(const int32_t *code, int32_t words);
 

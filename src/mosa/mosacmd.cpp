@@ -19,7 +19,7 @@
 #include <string>
 
 int32_t mosa_clear(int32_t), mosa_describe(int32_t), mosa_drop(int32_t), mosa_memory(int32_t),
-    mosa_rename(int32_t), mosa_which(int32_t);
+    mosa_mlib(int32_t), mosa_mosave(int32_t), mosa_rename(int32_t), mosa_which(int32_t);
 
 namespace
 {
@@ -34,7 +34,7 @@ struct subcommand {
 const subcommand subcommands[] = {
     {"clear", 5, mosa_clear},   {"describe", 1, mosa_describe}, {"drop", 4, mosa_drop},
     {"memory", 3, mosa_memory}, {"rename", 3, mosa_rename},     {"which", 5, mosa_which},
-    {"mlib", 4, notbuilt},      {"mosave", 6, notbuilt},
+    {"mlib", 4, mosa_mlib},     {"mosave", 6, mosa_mosave},
 };
 
 bool at_keyboard()

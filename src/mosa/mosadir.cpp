@@ -7,6 +7,7 @@
 #include "mosa/builtins.h"
 #include "mosa/classdef.h"
 #include "mosa/compiler.h"
+#include "mosa/mlib.h"
 #include "mosa/mtypes.h"
 #include "mosa/views.h"
 #include "output/fmt.h"
@@ -129,6 +130,8 @@ int32_t mosa_describe(int32_t)
 {
     std::vector<matobj *> list;
     std::string what = rest_of_line();
+    if (what.compare(0, 6, "using ") == 0)
+        return m_describe_library(what.substr(6));
 #ifdef OVATA_DEV
     bool code = false;
     if (size_t comma = what.find(", code"); comma != what.npos) {
@@ -239,14 +242,16 @@ int32_t mosa_which(int32_t)
     }
     if (name.empty() || *ti_gettok(tokinfo, prsestd))
         return errout(RC_SYNTAX, "invalid syntax\n");
-    const char *where = nullptr;
+    std::string where;
     if (ismosabuiltin(name.c_str()))
         where = "built-in";
-    else if (const matobj *f = mo_findfcn("", name.c_str(), ""))
-        where = f->view ? "loaded from a library" : "in memory";
-    if (!where)
+    else if (const matobj *f = mo_findfcn("", name.c_str(), ""); f && !f->view)
+        where = "in memory";
+    else if (!m_autosearch("", name.c_str(), &where) && f)
+        where = "loaded from a library";
+    if (where.empty())
         return errout(RC_NOTFOUND, "function %s() not found\n", name.c_str());
-    spout21f("  %s():  %s\n", name.c_str(), where);
+    spout21f("  %s():  %s\n", name.c_str(), where.c_str());
     return 0;
 }
 

@@ -17,6 +17,7 @@ const char *m_xeqerrid;
 matobj *m_rt;
 int32_t mosa_state = -1;
 bool m_debug;
+int64_t m_opcount;
 void (*m_autoclose)();
 
 // ---- the two stacks
@@ -326,6 +327,7 @@ static void loop(int32_t *const ops, matobj **const fp)
         default:
         other : {
             OUT();
+            m_opcount++;
             auto handler = m_optable[*pc].handler;
             if (handler)
                 handler();
@@ -349,6 +351,10 @@ static bool fit_to_run(matobj *f)
     dmrec *r = dm_rec(f);
     if (r->a == 1)
         return true;
+    if (!f->rows) { // a record that never got its code
+        m_xrc = 3995;
+        return false;
+    }
     const char *why = m_checkcode(mo_code(f), f->rows);
     if (!why && int64_t(f->rows) * 4 > f->alloc)
         why = "image cut short";
@@ -493,9 +499,11 @@ int32_t ixeq()
     if (rc)
         m_freeunlinkedmats();
     mosa_xeq_depth--;
-    if (mosa_xeq_depth == 0)
-        rs_flush();
     f->links = 0;
     mo_freefcn(f);
+    if (mosa_xeq_depth == 0) {
+        rs_flush();
+        m_dropoldfcns(); // here nothing holds the address of a function that is not linked
+    }
     return rc;
 }

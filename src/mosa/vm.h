@@ -34,6 +34,7 @@ extern int32_t m_condflag;     // truth of the last comparison
 extern matobj *m_rt;           // class definition in whose member code runs, or null
 extern int32_t mosa_state;     // 1 commands, 2 compiling, 3 running, -1 otherwise
 extern bool m_debug;           // tracebacks with word offsets
+extern int64_t m_opcount;      // instructions carried out by handlers, not by the loop itself
 
 [[nodiscard]] int32_t mosainit();  // at start-up: 0, or 9801
 [[nodiscard]] int32_t mosastakinit(int32_t on); // 0, or 9801

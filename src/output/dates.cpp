@@ -222,6 +222,16 @@ double dt_Cdhms(double day, double h, double mi, double s)
     return misval;
 }
 
+double dt_mdyhms(double m, double d, double y, double h, double mi, double s)
+{
+    return dt_dhms(dt_mdy(m, d, y), h, mi, s);
+}
+
+double dt_Cmdyhms(double m, double d, double y, double h, double mi, double s)
+{
+    return dt_Cdhms(dt_mdy(m, d, y), h, mi, s);
+}
+
 double dt_hms(double h, double mi, double s)
 {
     return dt_dhms(0, h, mi, s);

@@ -44,6 +44,15 @@ double dt_ss(double c);                     // seconds with their fraction
 double dt_hhC(double C);
 double dt_mmC(double C);
 double dt_ssC(double C);
+double dt_mdyhms(double m, double d, double y, double h, double mi, double s);
+double dt_Cmdyhms(double m, double d, double y, double h, double mi, double s);
+// Spans of time: milliseconds as hours, minutes and seconds, and back.
+inline double dt_hours(double ms) { return ms / 3600000; }
+inline double dt_minutes(double ms) { return ms / 60000; }
+inline double dt_seconds(double ms) { return ms / 1000; }
+inline double dt_msofhours(double h) { return h * 3600000; }
+inline double dt_msofminutes(double mi) { return mi * 60000; }
+inline double dt_msofseconds(double s) { return s * 1000; }
 
 // Text to date. mask holds the letters of the parts in their order: D M Y, with 19Y or 20Y
 // for a century, h m s, # for a part to be skipped; blanks do not count. pivot is the last

@@ -82,6 +82,12 @@ double ovlnnormal(double z)
     return z > 40 ? 0 : std::log1p(-gauss(z) * tail_factor(z));
 }
 
+double old_lnnormal(double z)
+{
+    double p = ovnormal(z);
+    return p > 0 ? std::log(p) : misval;
+}
+
 double ovinvnormal(double p)
 {
     if (!(p > 0 && p < 1))

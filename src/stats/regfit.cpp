@@ -255,7 +255,8 @@ static int32_t sweep_regressors(const regjob *r, double *a)
     double rel = matrind.rel;
     if (std::any_of(x, x + nx, [](int32_t v) { return v < 0; })) {
         fv_apply_omit_for_anova(x, nx, 2, a, set_matsize);
-        fv_sweeporder(x, nx, 2, &order);
+        if (!r->optsweep)
+            fv_sweeporder(x, nx, 2, &order);
         matrind.rel = matrind.fv;
     }
     int32_t rc =

@@ -30,7 +30,7 @@ namespace
 {
 
 struct regcmd {
-    bool header, table, anova;
+    bool header, table, anova, bmat, rssmat;
     coeftab tab;
     char depname[33], clustvar[33], absvar[33];
 };
@@ -129,6 +129,9 @@ int32_t model_options(regcmd *c, regjob *r)
     for (const char *word : {"format", "checkorder"})
         (void)stat_option(word, 6, true);
     c->anova = stat_option("AnovaExtras", 11);
+    c->bmat = stat_option("bmat", 4);
+    c->rssmat = stat_option("rssmat", 6);
+    r->optsweep = stat_option("optsweep", 8);
     r->cons = stat_option("constant", 1, true);
     r->hascons = stat_option("hascons", 2);
     r->tsscons = stat_option("tsscons", 2);
@@ -266,6 +269,25 @@ int32_t post_sweep(const regjob *r, const std::vector<umatname> &names)
     return 0;
 }
 
+// The parts of the swept products beside the inverse, as matrices that programs can work with
+// block by block: e(bmat) has a row for each coefficient and e(rssmat) the residual squares.
+int32_t post_blocks(const regcmd *c, const regjob *r, const std::vector<umatname> &names)
+{
+    matref m;
+    int32_t rc = 0;
+    if (c->bmat && !(rc = umat_new("bmat", MK_E, r->p, 1, &m))) {
+        memcpy(m.m->el, r->b.data(), sizeof(double) * size_t(r->p));
+        memcpy(m.row, names.data(), sizeof(umatname) * size_t(r->p));
+        strcpy(m.col[0].name, _varlist[r->vars[0] - 1]);
+    }
+    if (!rc && c->rssmat && !(rc = umat_new("rssmat", MK_E, 1, 1, &m))) {
+        m.m->el[0] = r->rss;
+        strcpy(m.row[0].name, _varlist[r->vars[0] - 1]);
+        strcpy(m.col[0].name, _varlist[r->vars[0] - 1]);
+    }
+    return rc;
+}
+
 // Is the regressor a column of a list that was marked as left out from the first?
 bool marked(const regjob *r, int32_t j)
 {
@@ -322,6 +344,8 @@ int32_t post(const regcmd *c, const regjob *r)
     }
     if (!rc && c->anova)
         rc = post_sweep(r, names);
+    if (!rc)
+        rc = post_blocks(c, r, names);
     if (rc)
         return rc;
     post_scalars(r);

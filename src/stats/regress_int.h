@@ -12,6 +12,7 @@ struct regjob {
     std::vector<int32_t> vars;
     int32_t nx = 0;
     bool cons = true, hascons = false, tsscons = false, mse1 = false;
+    bool optsweep = false; // pivots by size even where the terms of the model have an order
     regvce vce = RV_OLS;
     groupids cluster, absorb;
     double dof = 0; // 0: as counted

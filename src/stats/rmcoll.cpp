@@ -1,9 +1,10 @@
 // stats/rmcoll.cpp - _rmcoll: takes the variables that follow from others out of a list.
 //
 //   _rmcoll varlist [if] [in] [weight] [, noconstant collinear forcedrop expand touse(var)
-//           logit probit ologit oprobit mlogit offset(var) ...]
+//           logit probit ologit oprobit mlogit asis offset(var) ...]
 //
 // Leaves r(varlist) and r(k_omitted). With logit and probit the first variable is the outcome:
+// regressors that tell it without error go, with the observations they tell, unless asis stands;
 // r(n0) and r(n1) are its weighted counts and r(b0) a constant to start from.
 #include "core/missing.h"
 #include "core/rc.h"
@@ -11,9 +12,11 @@
 #include "core/state.h"
 #include "data/variables.h"
 #include "interp/messages.h"
+#include "output/fmt.h"
 #include "output/print.h"
 #include "stats/crossprod.h"
 #include "stats/normal.h"
+#include "stats/perfect.h"
 #include "stats/results.h"
 #include "stats/statparse.h"
 #include "stats/sweep.h"
@@ -22,13 +25,16 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace
+{
 
 struct rmcmd {
-    bool constant, collinear, force, expand, skipline, outcome, counts, probit;
+    bool constant, collinear, force, expand, skipline, outcome, counts, probit, asis;
     int32_t offset = 0, touse = 0;
-    std::vector<int32_t> vars;  // the outcome first when there is one
+    std::vector<int32_t> vars; // the outcome first when there is one
     std::vector<uint8_t> gone;
+    std::vector<uint8_t> out; // by observation: not in the sample
+    std::vector<perfectrow> perfect;
     double n0 = 0, n1 = 0, offset_sum = 0;
 };
 
@@ -58,7 +64,7 @@ int32_t parse(rmcmd *c)
     c->outcome = c->counts;
     for (const char *word : {"ologit", "oprobit", "mlogit"})
         c->outcome |= stat_option(word, 6);
-    (void)stat_option("asis", 4);
+    c->asis = stat_option("asis", 4);
     double base;
     (void)ti_pi_findoptv(tokinfo, parinfo, "baseoutcome", 4, &base, 1, 0);
     if ((rc = option_var("offset", 3, &c->offset)) || (rc = option_var("touse", 5, &c->touse)))
@@ -74,6 +80,9 @@ int32_t parse(rmcmd *c)
             return error(RC_TYPE);
     c->vars.assign(parinfo->vl_vr, parinfo->vl_vr + parinfo->pi_nvar);
     c->gone.assign(c->vars.size(), 0);
+    c->out.assign(size_t(_Nobs) + 1, 0);
+    for (int32_t i = 1; c->touse && i <= _Nobs; i++)
+        c->out[size_t(i)] = dsa_data(sysdsa, uint32_t(c->touse), uint32_t(i)) != 1;
     return 0;
 }
 
@@ -83,7 +92,7 @@ void look(rmcmd *c, datarows *d)
     int32_t n = 0;
     for (int32_t i = 0; i < d->n; i++) {
         const double *x = d->x + i * d->ld;
-        if (c->touse && dsa_data(sysdsa, uint32_t(c->touse), uint32_t(d->obs[i])) != 1)
+        if (c->out[size_t(d->obs[i])])
             continue;
         if (c->counts)
             (x[0] != 0 ? c->n1 : c->n0) += d->w[i];
@@ -130,7 +139,8 @@ int32_t reduce(rmcmd *c)
         return rc;
     for (int32_t i = 0; i < k; i++)
         for (int32_t j = 0; j < k; j++)
-            a[int64_t(i) * set_matsize + j] = cp_el(&p, i, j);
+            a[int64_t(i) * set_matsize + j] =
+                c->gone[size_t(i)] || c->gone[size_t(j)] ? 0 : cp_el(&p, i, j);
     double rel = matrind.rel;
     std::vector<int32_t> order;
     if (parinfo->pi_fvtoc) {
@@ -143,19 +153,60 @@ int32_t reduce(rmcmd *c)
     if (rc)
         return rc;
     for (int32_t j = first; j < k; j++)
-        if (!marked(c, j) && a[int64_t(j) * set_matsize + j] == 0)
+        if (!marked(c, j) && !c->gone[size_t(j)] && a[int64_t(j) * set_matsize + j] == 0)
             c->gone[size_t(j)] = cp_el(&p, j, j) == 0 ? 2 : 1;
     return 0;
+}
+
+const char *left_out()
+{
+    return vernum < 1100 ? "dropped" : "omitted";
+}
+
+// Takes perfect predictors out, of the sample of touse() as well.
+int32_t predictors(rmcmd *c)
+{
+    if (!c->counts || c->asis)
+        return 0;
+    constexpr uint8_t unseen = 9;
+    for (size_t j = 0; j < c->vars.size(); j++)
+        c->gone[j] = marked(c, int32_t(j)) ? unseen : 0;
+    int32_t rc = perfect_search(c->vars, &c->gone, &c->out, &c->perfect);
+    if (rc)
+        return rc;
+    for (uint8_t &g : c->gone)
+        g = g && g != unseen ? 3 : 0;
+    for (int32_t i = 1; c->touse && i <= _Nobs; i++)
+        if (c->out[size_t(i)] && dsa_data(sysdsa, uint32_t(c->touse), uint32_t(i)) == 1)
+            dsa_store(0, sysdsa, uint32_t(c->touse), uint32_t(i));
+    return 0;
+}
+
+void tell_perfect(const rmcmd *c)
+{
+    outlev_keep keep(1);
+    for (const perfectrow &row : c->perfect) {
+        const char *name = fv_name(row.var);
+        char at[64];
+        fmtnumtrim(at, sizeof at, row.at, "%9.0g");
+        if (row.isdummy)
+            spout21f("\nnote: %s != %s predicts %s perfectly\n", name, at,
+                     row.success ? "success" : "failure");
+        else
+            spout21f("\nnote: outcome = %s %s %s predicts data perfectly except for\n"
+                     "      %s == %s subsample:\n",
+                     name, row.greater ? ">" : "<", at, name, at);
+        spout21f("      %s %s and %d obs not used\n", name, left_out(), row.nout);
+    }
 }
 
 void tell(const rmcmd *c)
 {
     outlev_keep keep(1);
-    const char *word = vernum < 1100 ? "dropped" : "omitted";
     bool any = false, allzero = true;
     for (size_t j = c->outcome; j < c->vars.size(); j++) {
         allzero &= c->gone[j] == 2;
-        if (!c->gone[j])
+        if (!c->gone[j] || c->gone[j] == 3)
             continue;
         if (!any && c->skipline)
             newline();
@@ -166,7 +217,7 @@ void tell(const rmcmd *c)
         else if (c->gone[j] == 2)
             spout21f("note:  %s dropped because of zero variance\n", name);
         else
-            spout21f("note: %s %s because of collinearity\n", name, word);
+            spout21f("note: %s %s because of collinearity\n", name, left_out());
     }
     if (any && allzero)
         spout21("all variables dropped because of zero variance\n");
@@ -221,7 +272,7 @@ void post(const rmcmd *c)
     retval_set_gscalar(b0 < misval ? b0 - shift : misval, "b0");
 }
 
-}  // namespace
+} // namespace
 
 int32_t rmcoll(int32_t);
 int32_t rmcoll(int32_t)
@@ -237,11 +288,14 @@ int32_t rmcoll(int32_t)
         retval_set_gscalar(0, "k_omitted");
         return 0;
     }
+    if ((rc = predictors(&c)))
+        return rc;
+    tell_perfect(&c);
     if ((rc = reduce(&c)))
         return rc;
     if (c.collinear)
         for (uint8_t &g : c.gone)
-            g = g == 2 ? 2 : 0;
+            g = g == 1 ? 0 : g;
     tell(&c);
     post(&c);
     return stopflag;

@@ -39,7 +39,7 @@ gen one = 4
 _rmcoll x xx one y
 return list
 _rmcoll xx x, noconstant
-_rmcoll c x xx, logit
+_rmcoll c x xx, logit asis
 return list
 capture noisily _rmcoll x y, force expand
 capture noisily _rmcoll x y, touse(x)

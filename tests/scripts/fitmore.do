@@ -20,7 +20,15 @@ capture noisily regress y x in 1
 assert _rc == 2001
 quietly regress y x in 1 [fw=3]
 assert e(N) == 3 & e(rss) == 0
-capture noisily regress y x z, optsweep
+* ---- parts of the swept products as matrices, and pivots by size
+quietly regress y x z, optsweep bmat rssmat
+matrix B = e(bmat)
+matrix R = e(rssmat)
+matrix b = e(b)
+matrix b = b'
+assert mreldif(B, b) == 0 & rowsof(B) == 3 & R[1,1] == e(rss)
+local rows : rownames B
+assert "`rows'" == "x z _cons"
 * ---- the products before the sweep, and the inverse after it
 quietly regress y x z [aw=g], AnovaExtras
 matrix L = e(L)

@@ -9,12 +9,12 @@ function floor_of(f) {
     if (f ~ /^main/) return 7
     if (f ~ /^(terminal|graphics|interchange|estimation)\//) return 6
     if (f ~ /^(commands|class)\//) return 5
-    if (f ~ /^mosa\/(ov_|mosacmd|mosadir)/) return 5
+    if (f ~ /^mosa\/(ov_|mosacmd|mosadir|mlib)/) return 5
     if (f ~ /^interp\/(tokens|dm|messages)\./) return 1
     if (f ~ /^interp\//) return 4
     if (f ~ /^(expr|varlist)\//) return 3
     if (f ~ /^mosa\//) return 3
-    if (f ~ /^stats\/(rows|crossprod|regfit|regress|regress_int|regiv|coeftab|coefrows|predict|hypothesis|correlate|rmcoll|statparse)\./) return 3
+    if (f ~ /^stats\/(rows|crossprod|regfit|regress|regress_int|regiv|coeftab|coefrows|predict|hypothesis|correlate|rmcoll|perfect|statparse)\./) return 3
     if (f ~ /^(data|stats)\//) return 2
     if (f ~ /^output\//) return 1
     return 0

@@ -89,3 +89,13 @@ TEST(distold, Derivatives)
         EXPECT_EQ(number(text), misval) << text;
     }
 }
+
+// The logarithm of the normal tail was taken of the tail itself.
+TEST(distold, LogOfTheNormalTail)
+{
+    EXPECT_NEAR(number("lnnormal(-40)"), -804.60844201375, 1e-10);
+    vernum = 900;
+    EXPECT_EQ(number("lnnormal(-40)"), misval);
+    EXPECT_NEAR(number("lnnormal(-3)"), -6.60772622151035, 1e-12);
+    vernum = 1210;
+}

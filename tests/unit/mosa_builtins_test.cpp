@@ -1,6 +1,7 @@
 // The built-in functions called from the language: values reckoned by hand or with another
 // program's arithmetic, wrong arguments, and the rows that are not built yet.
 #include "../mosa_asm.h"
+#include "mosa/bihandlers.h"
 #include "mosabi.h"
 #include "mosahelp.h"
 #include <filesystem>
@@ -263,7 +264,8 @@ TEST(MosaBuiltins, EveryBuiltFunctionIsTried)
     for (int32_t i = 0; i < m_nbuiltin; i++) {
         std::string call = std::string(m_bitable[i].name) + "(";
         size_t at = 0;
-        bool found = !m_bitable[i].handler;
+        auto handler = m_bitable[i].handler;
+        bool found = !handler || handler == bi_xl || handler == bi_haver; // they only refuse
         while (!found && (at = all.find(call, at)) != std::string::npos)
             found = !isalnum(uint8_t(all[at++ - 1])) && all[at - 2] != '_';
         EXPECT_TRUE(found) << call;
@@ -295,6 +297,9 @@ TEST(MosaBuiltins, WrongArguments)
         {"I(-1)", "3300"},
         {"ma = (1, 2); _cholesky(ma)", "3205"},
         {"cross((1, 2), (1 \\ 2))", "3200"},
+        {"ma = (2, 1 \\ 1, 2); mb = .; _symeigen_la(ma, mb, mb)", "3002"},
+        {"ma = (2, 1 \\ 1, 2); _svd_la(ma, ma, ma)", "3002"},
+        {"ma = (2, 1 \\ 1, 2); _lusolve_la(ma, ma)", "3002"},
         {"sum(\"a\")", "3251"},
         {"ov_viewvars(1)", "3104"},
         {"vv = .; ov_view(vv, 5, 1)", "3300"},

@@ -1,5 +1,6 @@
 // A table of calls of built-in functions with what each shows.
 #pragma once
+#include "../mosa_asm.h"
 #include "mosahelp.h"
 
 struct called {
