@@ -92,6 +92,14 @@ const script scripts[] = {
      "real scalar f1(real scalar x, | string vector s) {\n real matrix loc\n loc = x*2\n"
      " if (args()==2) return(cols(s))\n return(loc)\n}\nf1(1)\nf1(1,(\"a\",\"b\"))\n"
      "struct sd {\n real scalar a\n}\nclass cd {\n real scalar a\n}"},
+    {"streams",
+     "struct st {\n real scalar a\n pointer scalar p\n}\nvoid streams() {\n"
+     " struct st scalar x\n real scalar f\n x.p = &(1,2,3)\n (void) _unlink(\"fs\")\n"
+     " f = fopen(\"fs\", \"w\")\n fautoclose(f)\n fputmatrix(f, x)\n"
+     " fputmatrix(f, (\"a\",\"bc\"))\n fput(f, 3*\"line \")\n fclose(f)\n"
+     " f = fopen(\"fs\", \"r\")\n fautoclose(f)\n x = fgetmatrix(f)\n *x.p = fgetmatrix(f)\n"
+     " *x.p = fget(f)\n *x.p = dir(\".\", \"files\", \"f*\")\n fclose(f)\n}",
+     "streams()"},
     {"host", "",
      "ovata(\"quietly mosa: inner = 5\")\nrc = _ovata(\"capture mosa: 1+\")\n"
      "ov_local(\"here\", \"x\")\nst = c(\"pi\")"},
