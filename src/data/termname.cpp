@@ -96,10 +96,14 @@ static bool read_ops(const char **p, termpart *t)
 static bool read_part(const char **p, termpart *t)
 {
     const char *q = *p;
-    while (isalnum(uint8_t(*q)) || *q == '_')
-        q++;
-    if (*q == '.' && !read_ops(p, t))
-        return false;
+    for (int32_t points = 0;; points++, q = *p) {
+        while (isalnum(uint8_t(*q)) || *q == '_')
+            q++;
+        if (*q != '.')
+            break;
+        if (points == 2 || !read_ops(p, t))
+            return false;
+    }
     q = *p;
     if (!isalpha(uint8_t(*q)) && *q != '_')
         return false;
