@@ -9,6 +9,7 @@
 #include "core/missing.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "core/text.h"
 #include "data/umat.h"
 #include "data/variables.h"
 #include "expr/parse.h"
@@ -188,7 +189,7 @@ static void heading(const listing *l, bool eq)
 
 static int32_t panel(const listing *l)
 {
-    char cell[256], label[80];
+    char cell[256], label[sizeof(umatname) + 2];
     if (l->names) {
         if (has_equations(l->a.col, l->a.m->cols))
             heading(l, true);
@@ -344,7 +345,7 @@ static int32_t set_names(char side, char what)
         size_t colon = word.find(':');
         std::string eq = what == 'e' ? word : colon != std::string::npos ? word.substr(0, colon) : "";
         std::string own = what == 'e' ? "" : colon != std::string::npos ? word.substr(colon + 1) : word;
-        if (eq.size() > 32 || own.size() > 32)
+        if (eq.size() > 32 || own.size() > size_t(term_maxname))
             return invalid(word.c_str());
         if (count == n)
             return error(503);
@@ -352,7 +353,10 @@ static int32_t set_names(char side, char what)
             snprintf(given[size_t(count)].eq, 33, "%s", eq.empty() ? "_" : eq.c_str());
         eqonly = own.empty();
         if (what == 'n' && !own.empty())
-            snprintf(given[size_t(count)].name, 33, "%s", own.c_str());
+            {
+            strcut(given[size_t(count)].name, sizeof umatname::name, own.c_str());
+            given[size_t(count)].info = 0;
+        }
         count++;
     }
     if (!count)

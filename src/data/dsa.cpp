@@ -18,6 +18,7 @@ char (*_lbllist)[33];
 int16_t *_srtlist;
 int32_t maxmaxvar = 120;
 void (*dsa_onvarsgone)(const char *name);
+void (*dsa_ondropall)();
 void (*dsa_onrenumber)(uint32_t k);
 
 uint64_t dsa_segsize_floor = 1048576;

@@ -222,4 +222,5 @@ uint64_t dsa_hash(const dsa_area *d);
 
 // What the area calls upward: characteristics of variables that go.
 extern void (*dsa_onvarsgone)(const char *name);           // a variable dropped for good
+extern void (*dsa_ondropall)();  // the dataset is about to be emptied
 extern void (*dsa_onrenumber)(uint32_t k);  // variable k is gone, those behind it move down

@@ -158,6 +158,8 @@ int32_t sinit0_dsa()
 
 void drop_all()
 {
+    if (dsa_ondropall)
+        dsa_ondropall();
     dsa_truncate_var(sysdsa, 0, true);
     dsa_truncate_obs(sysdsa, 0);
     dmzap(DM_VALLABEL);

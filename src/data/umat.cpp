@@ -59,6 +59,7 @@ void umat_defstripe(umatname *stripe, int32_t n, char letter)
     for (int32_t i = 0; i < n; i++) {
         strcpy(stripe[i].eq, "_");
         snprintf(stripe[i].name, sizeof stripe[i].name, "%c%d", letter, i + 1);
+        stripe[i].info = 0;
     }
 }
 
@@ -140,6 +141,23 @@ int32_t umat_copy(const char *from, matkind fromkind, const char *to, matkind to
     return rc;
 }
 
+// The entry that names the same term, marks and order aside.
+static int32_t findterm(const umatname *stripe, int32_t n, const char *text, const char *colon)
+{
+    termname want, have;
+    if (!term_read(colon ? colon + 1 : text, &want))
+        return 0;
+    size_t neq = colon ? size_t(colon - text) : 0;
+    for (int32_t i = 0; i < n; i++) {
+        if (colon && (strncmp(stripe[i].eq, text, neq) || (neq < 33 && stripe[i].eq[neq])))
+            continue;
+        if (strchr(stripe[i].name, '.') && term_read(stripe[i].name, &have) &&
+            term_same(want, have))
+            return i + 1;
+    }
+    return 0;
+}
+
 int32_t umat_findname(const umatname *stripe, int32_t n, const char *text, bool last)
 {
     const char *colon = strchr(text, ':');
@@ -157,7 +175,7 @@ int32_t umat_findname(const umatname *stripe, int32_t n, const char *text, bool 
         if (!last)
             return hit;
     }
-    return hit;
+    return hit || !*name ? hit : findterm(stripe, n, text, colon);
 }
 
 bool umat_eqspan(const umatname *stripe, int32_t n, const char *text, int32_t *first,

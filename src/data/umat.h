@@ -1,14 +1,16 @@
 // data/umat.h - the interpreter's matrices: named numbers with named rows and columns.
 //
 // A matrix is three dm records of one name: the numbers (type 9, payload umat), the row
-// stripe (10) and the column stripe (11). A stripe is one entry of 66 bytes a row or column:
-// equation name in 33 bytes, then the name in 33; "_" is no equation. The same triple stands
+// stripe (10) and the column stripe (11). A stripe is one entry a row or column: the equation
+// name, the name (a variable or a term, see data/termname.h) and a byte of what is known of the
+// column; "_" is no equation. The same triple stands
 // under other types for r(), e() and return(): MK_ says which. Numbers are stored by rows.
 //
 // Codes: 0; 111 not found; 198 bad name; 503 conformability; 504 missing values; 505 not
 // symmetric; 506 not positive definite; 507 name conflict; 508 zero on the diagonal;
 // 908 larger than matsize; 950 memory. Words are printed here.
 #pragma once
+#include "data/termname.h"
 #include <cstdint>
 
 struct umat {
@@ -16,8 +18,10 @@ struct umat {
     double el[1];  // rows * cols of them
 };
 struct umatname {
-    char eq[33], name[33];
+    char eq[33], name[term_maxname + 1];
+    uint8_t info;  // UN_ bits
 };
+enum : uint8_t { UN_EMPTY = 1 };  // a cell without observations
 enum matkind : char { MK_MAT = 'm', MK_E = 'e', MK_R = 'r', MK_RETURN = 'R' };
 struct matref {
     umat *m;
@@ -39,7 +43,8 @@ inline double umat_el(const umat *m, int32_t i, int32_t j)  // 1-based
     return m->el[int64_t(i - 1) * m->cols + (j - 1)];
 }
 // Position of a name ("eq:name", "name", "eq:") in a stripe, 0 when absent; last gives the
-// last match of an equation instead of the first.
+// last match of an equation instead of the first. A term is also found without its marks and
+// with its parts in another order.
 int32_t umat_findname(const umatname *stripe, int32_t n, const char *text, bool last);
 // The entries of one equation, first to last from 0: by its name, as #2 for the second there
 // is, or the first of all when text is empty. False when there is none.

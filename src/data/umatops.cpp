@@ -8,6 +8,7 @@
 #include "core/missing.h"
 #include "core/rc.h"
 #include "core/settings.h"
+#include "core/text.h"
 #include "data/umat.h"
 #include "interp/messages.h"
 #include <cmath>
@@ -152,7 +153,7 @@ static void kron_names(umatname *out, const umatname *a, int32_t na, const umatn
     for (int32_t i = 0; i < na; i++)
         for (int32_t j = 0; j < nb; j++) {
             umatname &o = out[i * nb + j];
-            strcpy(o.eq, a[i].name);
+            strcut(o.eq, sizeof o.eq, a[i].name);
             strcpy(o.name, b[j].name);
         }
 }
@@ -479,7 +480,7 @@ static int32_t vec(work *w, const matref *a)
     for (int32_t i = 0; i < w->rows; i++) {
         int32_t r = i % a->m->rows, c = i / a->m->rows;
         w->el[i] = umat_el(a->m, r + 1, c + 1);
-        strcpy(w->row[i].eq, a->col[c].name);
+        strcut(w->row[i].eq, sizeof w->row[i].eq, a->col[c].name);
         strcpy(w->row[i].name, a->row[r].name);
     }
     umat_defstripe(w->col.get(), 1, 'c');

@@ -5,6 +5,7 @@
 #include "expr/parse.h"
 #include "interp/dm.h"
 #include "interp/messages.h"
+#include "varlist/terms.h"
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
@@ -16,6 +17,7 @@ struct keptparse {
     int32_t ntsop, nvar, nopt, textlen;
     int32_t optat[pi_maxopt];
     uint8_t optseen[pi_maxopt];
+    void *fvtoc;
     uint8_t hasvlist, hasif, hasexp, wtype, wtype_typed, oldwgt;
     xeqpgm ifpgm, wepgm;
     litpools pools;
@@ -50,6 +52,7 @@ static int32_t keepparse(const toktype *ti, const parinfo_t *pi)
     for (int32_t i = 0; i < pi->pi_nopt; i++)
         k->optat[i] = int32_t(pi->pi_optat[i] - base);
     memcpy(k->optseen, pi->pi_optseen, sizeof k->optseen);
+    k->fvtoc = pi->pi_fvtoc;
     k->hasvlist = pi->pi_hasvlist;
     k->hasif = pi->pi_hasif;
     k->hasexp = pi->pi_hasexp;
@@ -78,6 +81,7 @@ static int32_t pi_loadvlist(parinfo_t *pi)
     const char *tail = reinterpret_cast<const char *>(k + 1);
     pi->pi_ntsop = k->ntsop;
     pi->pi_nvar = k->nvar;
+    pi->pi_fvtoc = k->fvtoc;
     pi->pi_hasvlist = k->hasvlist;
     pi->pi_hasif = k->hasif;
     pi->pi_hasexp = k->hasexp;
@@ -110,10 +114,11 @@ int32_t ti_pi_parse(toktype *ti, parinfo_t *pi)
         int32_t rc = pi_loadvlist(pi);
         if (lastby)
             rmvlist();
-        return rc;
+        return rc || !pi->pi_fvtoc ? rc : pi_fvexpand(pi);
     }
     int32_t rc = ti_parse1(ti, pi);
-    if (rc || !byvar)
-        return rc;
-    return lastby ? 0 : keepparse(ti, pi);
+    if (!rc && byvar && !lastby)
+        rc = keepparse(ti, pi);
+    // Each group has its own levels, so that terms are written out anew.
+    return rc || !pi->pi_fvtoc ? rc : pi_fvexpand(pi);
 }

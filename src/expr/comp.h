@@ -82,4 +82,5 @@ void comp_stored(int32_t kind, span arg);  // r(), return(), e(), s()
 void comp_cvalue(span arg);
 void comp_has_eprop(span arg);
 void comp_variable(int32_t var);
+void comp_term(const struct termname &t);
 bool comp_findvar(const char *name, int32_t *var);  // 111 when ambiguous

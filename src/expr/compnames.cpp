@@ -11,6 +11,7 @@
 #include "expr/comp.h"
 #include "interp/messages.h"
 #include "stats/results.h"
+#include "varlist/terms.h"
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
@@ -71,6 +72,13 @@ bool comp_findvar(const char *name, int32_t *var)
 // that the test for numbers took for an exponent's.
 static bool pointed_name(span s, const char *name)
 {
+    termname t;
+    if (term_read(name, &t)) {
+        if (int32_t rc = fv_column(name, &t))
+            comp_fail(rc);
+        comp_term(t);
+        return true;
+    }
     for (char op : {'-', '+'}) {
         const char *at = nullptr;
         for (const char *p = s.b + 1; p < s.e - 1; p++)
@@ -84,7 +92,10 @@ static bool pointed_name(span s, const char *name)
     const char *point = strrchr(name, '.');
     if (point == name || !isnamechar(point[1]) || !isnamechar(name[0]) || strpbrk(name, ",\"'"))
         return false;
-    comp_fail(errout(RC_NOTALLOWED, "time-series operators and factor variables not allowed\n"));
+    fvspec spec;
+    if (int32_t rc = fv_text(name, FV_TS | FV_FACTOR, &spec))
+        comp_fail(rc);
+    comp_fail(errout(RC_SYNTAX, "%s: a level must be told\n", name));
 }
 
 static void push_matrix(const char *name, opcode op)
@@ -108,7 +119,7 @@ void comp_name(span s, const char *name)
         return;
     int32_t var;
     if (cfl.varsallowed) {
-        if (strchr(name, '.')) {
+        if (strpbrk(name, ".#")) {
             if (pointed_name(s, name))
                 return;
         } else if (comp_findvar(name, &var)) {
@@ -195,11 +206,10 @@ static void coefficient(char kind, const char *eq, span inside, span whole)
     if (!b.m)
         comp_fail(gnrnotfound(shown));
     int32_t at = coef_position(&b, eq, name, eq);
-    int32_t var;
-    if (!at && strcmp(name, "_cons")) {  // an abbreviated variable
-        var = findvar_in_list(name, _varlist, _i_Kvar, !ovata_varabbrev);
-        if (var > 0)
-            at = coef_position(&b, eq, _varlist[var - 1], eq);
+    if (!at && strcmp(name, "_cons")) {  // abbreviated variables
+        std::string full = fv_fullname(name);
+        if (full.size() <= size_t(comp_maxname))
+            at = coef_position(&b, eq, full.c_str(), eq);
     }
     if (!at)
         comp_fail(gnrnotfound(shown));

@@ -38,6 +38,7 @@ void xeq_run(xeqrun *m);             // from pc to end
 void xeq_rare(xeqrun *m, int32_t op); // strings and what is not arithmetic
 bool xeq_dates(xeqrun *m, int32_t op); // false when op is none of its own
 bool xeq_dist(xeqrun *m, int32_t op);
+bool xeq_terms(xeqrun *m, int32_t op);
 void xeq_matrix(xeqrun *m, int32_t op);
 void xeq_start(xeqrun *m, xeqpgm *pgm, int32_t obs);
 

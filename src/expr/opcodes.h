@@ -43,7 +43,7 @@ enum opcode : int16_t {
     OP_RUNIFORM = 98,
     OP_BINORMAL = 99, OP_COMB = 100, OP_GAMMAP = 101, OP_IBETA = 102, OP_IBETATAIL = 103,
     OP_INVCHI = 104, OP_INVNCHI = 105, OP_LNFACTORIAL = 106, OP_CHI2 = 107, OP_NCHI2 = 108,
-    OP_FVVAR = 109,        // operand: offset of a recipe
+    OP_FVVAR = 109,        // operands: a term (xeqterms.cpp); so too 357 to 359
     OP_CONDSTR = 110,      // operand: 3 or 4 arguments
     // matrices
     OP_MATSTR = 111,       // a string on the stack names the matrix

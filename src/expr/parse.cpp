@@ -9,6 +9,7 @@
 #include "expr/varlist.h"
 #include "interp/messages.h"
 #include "output/print.h"
+#include "varlist/terms.h"
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
@@ -300,7 +301,14 @@ static int32_t parse_varlist(toktype *ti, parinfo_t *pi)
     if (pi->pi_vlist == PI_NO)
         return 0;
     int32_t rc;
-    if (pi_vlmode == VL_OLD) {
+    if (pi_vlmode == VL_OLD && pi->pi_fvok == 1 && !ti->ugetflg && fv_needed(ti->c_ptr)) {
+        static fvspec spec;
+        if ((rc = ti_fv_parse(ti, FV_TS | FV_FACTOR, &spec)))
+            return rc;
+        pi->pi_hasvlist = !spec.term.empty();
+        if (pi->pi_hasvlist)
+            pi->pi_fvtoc = &spec;
+    } else if (pi_vlmode == VL_OLD) {
         if ((rc = ti_ssvlist(ti, pi->vl_vr, &pi->pi_nvar)))
             return rc;
         pi->pi_hasvlist = pi->pi_nvar > 0;

@@ -44,7 +44,7 @@ struct parinfo_t {
     uint8_t pi_stopunknown;
     uint8_t pi_pad11;
     uint8_t pi_exptype;  // wanted of =exp
-    void *pi_fvtoc;
+    void *pi_fvtoc;      // the terms of the varlist (fvspec), null when it has no operators
     uint8_t pi_ov;
     uint8_t pi_hasvlist;
     uint8_t pi_hasin;
@@ -63,7 +63,8 @@ struct parinfo_t {
     int32_t pi_obs1, pi_obs2;
     int32_t pi_ntsop;
     int32_t *pi_tsopvars;
-    int32_t *vl_vr;          // variable numbers, capacity maxmaxvar + 1
+    int32_t *vl_vr;          // variable numbers, capacity maxmaxvar + 1; -k is column k of
+                             // fv_current (varlist/terms.h), where pi_fvok is 1
     vlrecipe *vl_rcp;
     const char (*pi_altvarlist)[33];
     int32_t pi_altnvars;

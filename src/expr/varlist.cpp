@@ -167,6 +167,21 @@ static int32_t element(const char **at, const char *word, const listout *o)
     return 0;
 }
 
+int32_t vlist_element(const char **at, int32_t *list, int32_t *n, int32_t max)
+{
+    char word[71];
+    listout o{list, n, max};
+    *at = takeword(blanks(*at), word, sizeof word);
+    return *word ? element(at, word, &o) : error(RC_SYNTAX);
+}
+
+bool vlist_begins(const char *at)
+{
+    char word[71];
+    takeword(blanks(at), word, sizeof word);
+    return !iskeyorb(word);
+}
+
 // Reads elements at *at until something that cannot belong to a list. first, when not empty,
 // is a word that was read already.
 static int32_t readlist(const char **at, const char *first, const listout *o)

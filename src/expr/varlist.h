@@ -21,6 +21,9 @@ extern int32_t pi_nnew;
 // [type] name ..., type(name ...), stub1-stub9 into pi_new; pi_newtype is the last type typed.
 [[nodiscard]] int32_t ti_newvlist(toktype *ti);
 [[nodiscard]] int32_t vlist_make(int32_t *list, int32_t *n);  // adds them to the dataset
+// One element at *at: a name, a pattern or a range. Appends; moves *at behind it.
+[[nodiscard]] int32_t vlist_element(const char **at, int32_t *list, int32_t *n, int32_t max);
+bool vlist_begins(const char *at);  // may an element of a list stand here?
 int32_t vlist_all(int32_t *list);  // all the user sees but the hidden sample variable
 int32_t cnvnum(const char *text, int32_t *out);  // digits only: 0, or 1 when it is none
 // As numlist_text, silent.

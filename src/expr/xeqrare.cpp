@@ -431,7 +431,7 @@ static bool variate(xeqrun *m, int32_t op)
 void xeq_rare(xeqrun *m, int32_t op)
 {
     if (plain_op(m, op) || variate(m, op) || guarded(m, op) || string_op(m, op) || several(m, op)
-        || xeq_dates(m, op) || xeq_dist(m, op))
+        || xeq_dates(m, op) || xeq_dist(m, op) || xeq_terms(m, op))
         return;
     xeq_matrix(m, op);
 }

@@ -7,6 +7,7 @@
 #include "interp/messages.h"
 #include "interp/syntaxpat.h"
 #include "output/print.h"
+#include "varlist/terms.h"
 #include <cctype>
 #include <charconv>
 #include <cstring>
@@ -422,9 +423,25 @@ int32_t parse_combop()
     return set_local(to, out.empty() ? "" : lead + join(out));
 }
 
+// _parse factor NAME : LIST - the terms of a list with operators: NAME_n of them, NAME_1 ...
+int32_t parse_factor()
+{
+    str to;
+    int32_t rc;
+    if ((rc = local_name(&to)) || (rc = ti_gtokis(tokinfo, ':')))
+        return rc;
+    fvspec s;
+    if ((rc = fv_text(ti_wheretok(tokinfo), FV_TS | FV_FACTOR, &s)))
+        return rc;
+    rc = set_local(to + "_n", std::to_string(s.term.size()));
+    for (size_t i = 0; i < s.term.size() && !rc; i++)
+        rc = set_local(to + "_" + std::to_string(i + 1), fv_write(s.term[i]));
+    return rc;
+}
+
 } // namespace
 
-// _parse comma | expand | canonicalize | combop
+// _parse comma | expand | canonicalize | combop | factor
 int32_t parsecmd(int32_t)
 {
     str w = ti_gettok(tokinfo, prsestd);
@@ -436,5 +453,7 @@ int32_t parsecmd(int32_t)
         return parse_canonicalize();
     if (cmdcmp(w.c_str(), "combop", 6) || cmdcmp(w.c_str(), "combine", 7))
         return parse_combop();
+    if (cmdcmp(w.c_str(), "factor", 6))
+        return parse_factor();
     return errout(RC_SYNTAX, "invalid '%s'\n", tok_text(w.c_str()));
 }

@@ -17,6 +17,7 @@
 #include "interp/syntaxpat.h"
 #include "output/fmt.h"
 #include "output/print.h"
+#include "varlist/terms.h"
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -96,8 +97,26 @@ int32_t all_fitting(const synlist &l, int32_t *v)
     return any ? kept : n;
 }
 
+// A list with operators: its terms, with names and products written out.
+int32_t operated(synkind kind, const synlist &l, const str &text, str *out)
+{
+    fvspec s;
+    uint8_t allow = uint8_t((l.ts ? FV_TS : 0) | (l.fv ? FV_FACTOR : 0));
+    int32_t rc = fv_text(text.c_str(), allow, &s);
+    if (rc || (rc = check_count(l, kind, int32_t(s.term.size()))))
+        return rc;
+    for (const fvterm &t : s.term)
+        for (const fvatom &a : t.part)
+            if ((rc = check_type(l, a.var)))
+                return rc;
+    *out = fv_write(s);
+    return 0;
+}
+
 int32_t existing(synkind kind, const synlist &l, const str &text, str *out)
 {
+    if ((l.ts || l.fv) && fv_needed(text.c_str()))
+        return operated(kind, l, text, out);
     std::unique_ptr<int32_t[]> v(new (std::nothrow) int32_t[size_t(maxvlist)]);
     if (!v)
         return error(RC_NOMEM);

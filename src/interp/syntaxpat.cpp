@@ -279,8 +279,11 @@ int32_t syn_readlist(const str &text, synlist *l)
             l->local = value;
         else if (w == "id")
             l->id = value;
-        else if (w != "ts" && w != "fv" && w != "fvanova" && w != "local" && w != "opt" &&
-                 w != "empty" && w != "none" && w != "all" && w != "required")
+        else if (w == "ts")
+            l->ts = true;
+        else if (w == "fv" || w == "fvanova")
+            l->fv = true;
+        else if (w != "local" && w != "opt" && w != "empty" && w != "none" && w != "all" && w != "required")
             return bad();
     }
 }

@@ -14,6 +14,7 @@ struct synlist {
     bool numeric = false, string = false;
     bool defnone = false, defgiven = false;
     bool equalok = false, everything = false;
+    bool ts = false, fv = false;  // operators of time series, of factors
     std::string local, id;
 };
 enum synopt : uint8_t {

@@ -2,7 +2,7 @@
 // without.
 #include "core/mem.h"
 #include "core/settings.h"
-#include "interp/timers.h"
+#include "core/timers.h"
 #include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
 #include "output/oml.h"

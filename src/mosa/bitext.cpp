@@ -308,11 +308,14 @@ struct hasher {
         h += h << 10;
         h ^= h >> 6;
     }
-    void number(double z, bool lowfirst)
+    void bytes(uint64_t bits, bool lowfirst)
     {
-        auto bits = std::bit_cast<uint64_t>(z == 0 ? 0.0 : z); // -0 equals 0
         for (int k = 0; k < 8; k++)
             byte(uint8_t(bits >> (lowfirst ? 8 * k : 56 - 8 * k)));
+    }
+    void number(double z, bool lowfirst)
+    {
+        bytes(std::bit_cast<uint64_t>(z == 0 ? 0.0 : z), lowfirst); // -0 equals 0
     }
     uint32_t value() const
     {
@@ -334,6 +337,11 @@ void hash_of(const matobj *m, bool lowfirst, hasher *h)
                 h->byte(uint8_t(c));
             continue;
         }
+        if (m->eltype == MO_POINTER) {
+            auto at = reinterpret_cast<uintptr_t>(mo_pel(m)[k]);
+            h->bytes(uint64_t(at), lowfirst);
+            continue;
+        }
         h->number(m->view ? v_el1(m, k) : mo_re(m)[k], lowfirst);
         if (m->eltype == MO_COMPLEX)
             h->number(mo_im(m)[k], lowfirst);
@@ -352,7 +360,7 @@ void bihash1(int32_t argc)
     if (!bi_ismatrix(x) || (argc > 1 && !bi_real(bi_arg(argc, 2), &n)) ||
         (argc > 2 && !bi_real(bi_arg(argc, 3), &order)))
         return;
-    if (mo_isptrlike(x->eltype)) {
+    if (mo_isptrlike(x->eltype) && x->eltype != MO_POINTER) { // pointers: where they lead
         m_xrc = 3256;
         return;
     }

@@ -14,5 +14,6 @@ int32_t mosainit()
     mo_init();
     m_biinit();
     dsa_onrenumber = renumber;
+    dsa_ondropall = v_fvclearall;
     return mosastakinit(1);
 }

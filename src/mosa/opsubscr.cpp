@@ -312,7 +312,7 @@ bool store_element(matobj *dest, int32_t i, int32_t j, matobj *value, int64_t fr
 bool store_block(matobj *dest, const positions &rows, const positions &cols, int32_t fromtop)
 {
     matobj *value = m_stak[-fromtop];
-    if (!may_store(dest, value))
+    if (v_fvnotallowed(dest) || !may_store(dest, value))
         return false;
     if (value->rows != rows.n || value->cols != cols.n)
         return bad(3301);

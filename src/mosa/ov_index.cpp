@@ -6,6 +6,7 @@
 #include "expr/parse.h"
 #include "expr/varlist.h"
 #include "stats/esample.h"
+#include "varlist/terms.h"
 #include <cmath>
 #include <vector>
 
@@ -230,6 +231,89 @@ bool ov_readcells(const matobj *i, const matobj *j, const matobj *s, ov_cells *o
     out->whole = i->rows == 1 && sel == ov_selnone;
     // Rows and columns are counted in 31 bits.
     return (out->nobs <= INT32_MAX && out->vars.n <= INT32_MAX) || bi_fail(3900);
+}
+
+// ---- names with operators
+
+static bool has_operators(const matobj *j)
+{
+    for (int64_t k = 0; j->eltype == MO_STRING && !j->view && k < mo_count(j); k++)
+        if (ov_element(j, k).find_first_of(".#(") != std::string::npos)
+            return true;
+    return false;
+}
+
+static bool mark_runs(const ov_list<ov_run> &runs, int32_t sel, std::vector<uint8_t> *use)
+{
+    for (int64_t r = 0; r < runs.n; r++)
+        for (int32_t n = runs[r].first; n <= runs[r].last; n++) {
+            if (bi_stop(n))
+                return false;
+            (*use)[size_t(n)] =
+                sel < 1 || (!ov_isstring(sel) && dsa_data(sysdsa, uint32_t(sel), uint32_t(n)) != 0);
+        }
+    return true;
+}
+
+static bool keep_marked(const ov_list<ov_run> &from, const std::vector<uint8_t> &use,
+                        ov_list<ov_run> *to)
+{
+    for (int64_t r = 0; r < from.n; r++)
+        for (int32_t n = from[r].first; n <= from[r].last; n++) {
+            if (!use[size_t(n)])
+                continue;
+            if (to->n && (*to)[to->n - 1].last + 1 == n)
+                (*to)[to->n - 1].last = n;
+            else if (!to->add({n, n}))
+                return false;
+        }
+    return true;
+}
+
+// The columns as numbers of variables, where they are no more, and places in the terms.
+static bool number_terms(const fvlist &l, ov_list<int32_t> *vars)
+{
+    for (size_t k = 0; k < l.col.size(); k++) {
+        const termpart &p = l.col[k].part[0];
+        bool plain = l.col[k].n == 1 && p.kind == TP_PLAIN && !p.marks && !p.ts.any();
+        if (!vars->add(plain ? p.var : -int32_t(k) - 1))
+            return false;
+    }
+    return true;
+}
+
+bool ov_readterms(const matobj *i, const matobj *j, const matobj *s, ov_cells *out)
+{
+    if (!bi_isarray(j))
+        return false;
+    if (!has_operators(j))
+        return ov_readcells(i, j, s, out);
+    if (j->rows != 1)
+        return bi_fail(3202);
+    int32_t sel = ov_selnone;
+    ov_list<ov_run> all;
+    if ((s && !read_selection(s, &sel)) || !ov_readruns(i, &all))
+        return false;
+    std::string text;
+    for (int32_t c = 0; c < j->cols; c++)
+        text += (c ? " " : "") + ov_element(j, c);
+    fvspec spec;
+    fvlist list;
+    int32_t rc = fv_text(text.c_str(), FV_TS | FV_FACTOR, &spec);
+    if (rc == RC_NOTFOUND)
+        return bi_fail(3500);
+    std::vector<uint8_t> use(size_t(_Nobs) + 1);
+    if (ov_failed(rc) || !mark_runs(all, sel, &use))
+        return false;
+    if (ov_failed(sel == ov_selnomissing ? fv_markout(spec, use.data()) : 0) ||
+        ov_failed(fv_expand(spec, use.data(), &list)) || !number_terms(list, &out->vars) ||
+        !keep_marked(all, use, &out->runs))
+        return false;
+    for (int64_t r = 0; r < out->runs.n; r++)
+        out->nobs += int64_t(out->runs[r].last) - out->runs[r].first + 1;
+    out->whole = i->rows == 1 && sel == ov_selnone;
+    out->terms = v_fvnew(std::move(list));
+    return out->terms && (out->nobs <= INT32_MAX || bi_fail(3900));
 }
 
 bool ov_allof(const ov_list<int32_t> &vars, bool strings)

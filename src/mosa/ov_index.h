@@ -31,14 +31,26 @@ struct ov_run {
 };
 struct ov_cells {
     ov_list<int32_t> vars;
-    ov_list<ov_run> runs; // observations in order, one behind the other
-    int64_t nobs = 0;     // in all runs
-    bool whole = false;   // one range, no selection
+    ov_list<ov_run> runs;      // observations in order, one behind the other
+    int64_t nobs = 0;          // in all runs
+    bool whole = false;        // one range, no selection
+    fvhandle *terms = nullptr; // of names with operators: -k in vars is its column k
+    ov_cells() = default;
+    ov_cells(const ov_cells &) = delete;
+    ov_cells &operator=(const ov_cells &) = delete;
+    ~ov_cells()
+    {
+        if (terms)
+            v_fvlet(terms);
+    }
 };
 inline constexpr int32_t ov_selnone = -1, ov_selnomissing = 0; // else the number of a variable
 
 // Arguments i and j, and s unless it is null.
 bool ov_readcells(const matobj *i, const matobj *j, const matobj *s, ov_cells *out);
+// The same where j may hold operators of factors and time series; their levels are those of the
+// observations meant.
+bool ov_readterms(const matobj *i, const matobj *j, const matobj *s, ov_cells *out);
 bool ov_readvars(const matobj *j, ov_list<int32_t> *vars);
 bool ov_readruns(const matobj *i, ov_list<ov_run> *runs);
 // A row of names or numbers with two columns for a range does not count: one variable.

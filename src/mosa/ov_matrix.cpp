@@ -101,11 +101,11 @@ matobj *stripe_of(const umatname *s, int32_t n)
     return r;
 }
 
-bool stripe_word(const std::string &word, const char *none, char *out)
+bool stripe_word(const std::string &word, const char *none, char *out, size_t room)
 {
-    if (word.size() > size_t(namelen) || word.find_first_of(": \"`'") != std::string::npos)
+    if (word.size() >= room || word.find_first_of(": \"`'") != std::string::npos)
         return bi_fail(3300);
-    strcut(out, sizeof umatname::name, word.empty() ? none : word.c_str());
+    strcut(out, room, word.empty() ? none : word.c_str());
     return true;
 }
 
@@ -118,8 +118,10 @@ bool read_stripe(const matobj *s, int32_t n, std::vector<umatname> *out)
         return bi_fail(3200);
     out->resize(size_t(n));
     for (int32_t i = 0; i < n; i++)
-        if (!stripe_word(ov_element(s, 2 * int64_t(i)), "_", (*out)[size_t(i)].eq) ||
-            !stripe_word(ov_element(s, 2 * int64_t(i) + 1), "_", (*out)[size_t(i)].name))
+        if (!stripe_word(ov_element(s, 2 * int64_t(i)), "_", (*out)[size_t(i)].eq,
+                         sizeof umatname::eq) ||
+            !stripe_word(ov_element(s, 2 * int64_t(i) + 1), "_", (*out)[size_t(i)].name,
+                         sizeof umatname::name))
             return false;
     return true;
 }

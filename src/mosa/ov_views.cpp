@@ -7,11 +7,16 @@ namespace
 
 // The descriptor of a view of columns vars and the observations of the runs.
 bool make_view(matobj *v, int16_t eltype, const ov_list<int32_t> &vars, const ov_list<ov_run> &runs,
-               int64_t nobs, bool run)
+               int64_t nobs, bool run, fvhandle *terms)
 {
-    if (m_remkmat(v, eltype, run ? 1 : 2, int32_t(nobs), int32_t(vars.n)))
+    auto kind = int8_t((run ? 1 : 2) + (terms ? 2 : 0));
+    if (m_remkmat(v, eltype, kind, int32_t(nobs), int32_t(vars.n)))
         return false;
     auto *to = static_cast<int32_t *>(v->data);
+    if (terms) {
+        v_fvset(v, terms);
+        to += sizeof(fvhandle *) / sizeof *to;
+    }
     for (int64_t k = 0; k < vars.n; k++)
         *to++ = vars[k];
     if (run) {
@@ -40,7 +45,12 @@ bool view_of_view(matobj *x, const matobj *v, const ov_list<int32_t> &rows,
         else if (!runs.add({obs, obs}))
             return false;
     }
-    return make_view(x, v->eltype, vars, runs, rows.n, v->view == 1 && runs.n < 2);
+    // The terms outlive the view that is read, should its own place be taken.
+    fvhandle *terms = v_fvhandle(v);
+    v_fvhold(terms);
+    bool good = make_view(x, v->eltype, vars, runs, rows.n, v->view % 2 == 1 && runs.n < 2, terms);
+    v_fvlet(terms);
+    return good;
 }
 
 // ov_view(V, i, j [, s]). Texts read as missing in a view of numbers, numbers as "" in one of
@@ -52,8 +62,9 @@ void view_call(int32_t argc, const char *id, int16_t eltype)
     matobj *v = bi_arg(argc, 1);
     ov_end end;
     if (end &&
-        ov_readcells(bi_arg(argc, 2), bi_arg(argc, 3), argc > 3 ? bi_arg(argc, 4) : nullptr, &c) &&
-        bi_ismatrix(v) && make_view(v, eltype, c.vars, c.runs, c.nobs, c.whole))
+        ov_readterms(bi_arg(argc, 2), bi_arg(argc, 3), argc > 3 ? bi_arg(argc, 4) : nullptr, &c) &&
+        bi_ismatrix(v) && (!c.terms || eltype == MO_REAL || bi_fail(3254)) &&
+        make_view(v, eltype, c.vars, c.runs, c.nobs, c.whole, c.terms))
         end.done(argc);
 }
 
@@ -172,7 +183,7 @@ static void parts_of(int32_t argc, const char *id, bool obs)
     }
     matobj *r = m_mktmat(MO_REAL, obs ? v->rows : 1, obs ? 1 : v->cols);
     for (int32_t k = 0, n = r ? int32_t(mo_count(r)) : 0; k < n; k++)
-        mo_re(r)[k] = obs ? v_obs(v, k) : v_var(v, k);
+        mo_re(r)[k] = obs ? v_obs(v, k) : v_var(v, k) > 0 ? v_var(v, k) : misval;
     if (r)
         m_result(argc, r);
 }

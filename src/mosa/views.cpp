@@ -4,6 +4,10 @@
 #include "data/dsa.h"
 #include "data/sort.h"
 #include "mosa/vm.h"
+#include "varlist/terms.h"
+#include <algorithm>
+#include <new>
+#include <vector>
 
 int64_t v_length(int32_t kind, int32_t rows, int32_t cols)
 {
@@ -58,12 +62,32 @@ static void written(uint32_t var)
         pi_chksort(int32_t(var));
 }
 
+static double v_term(const matobj *v, int32_t i, int32_t j);
+
 double v_el(const matobj *v, int32_t i, int32_t j)
 {
     uint32_t k, n;
+    if (v->view > 2)
+        return v_term(v, i, j);
     if (!cell(v, i, j, &k, &n) || t_isstr(_typlist[k - 1]))
         return misval;
     return dsa_data(sysdsa, k, n);
+}
+
+void v_row(const matobj *v, int32_t i, double *out)
+{
+    int32_t n = v_obs(v, i);
+    if (v->view > 2 || n < 1 || n > _Nobs) {
+        for (int32_t j = 0; j < v->cols; j++)
+            out[j] = v_el(v, i, j);
+        return;
+    }
+    const char *row = dsa_obsptr(sysdsa, uint32_t(n));
+    const int32_t *k = numbers(v);
+    for (int32_t j = 0; j < v->cols; j++) {
+        bool there = k[j] >= 1 && k[j] <= _Kvar;
+        out[j] = there ? cell_data(_typlist[k[j] - 1], row + sysdsa->offset[k[j] - 1]) : misval;
+    }
 }
 
 double v_el1(const matobj *v, int64_t k)
@@ -128,11 +152,82 @@ void v_sto_sel(const char *bytes, int32_t length, const matobj *v, int32_t i, in
     written(k);
 }
 
-// ---- terms of expanded variable lists are resolved by a layer above, which fills the handle
+// ---- views of terms
+
+struct fvhandle {
+    fvlist list;
+    int32_t holds;
+    bool ts;
+};
+static std::vector<fvhandle *> live;
+
+fvhandle *v_fvnew(fvlist &&list)
+{
+    auto *h = new (std::nothrow) fvhandle{std::move(list), 1, false};
+    if (!h) {
+        m_xrc = 3900;
+        return nullptr;
+    }
+    for (const termname &t : h->list.col)
+        for (int32_t i = 0; i < t.n; i++)
+            h->ts |= t.part[i].ts.any();
+    live.push_back(h);
+    return h;
+}
+
+fvhandle *v_fvhandle(const matobj *v)
+{
+    fvhandle *h = nullptr;
+    if (v->view > 2 && v->data)
+        memcpy(&h, v->data, sizeof h);
+    return h;
+}
+
+void v_fvset(matobj *v, fvhandle *h)
+{
+    memcpy(v->data, &h, sizeof h);
+    v_fvhold(h);
+}
+
+void v_fvhold(fvhandle *h)
+{
+    if (h)
+        h->holds++;
+}
+
+void v_fvlet(fvhandle *h)
+{
+    auto at = std::find(live.begin(), live.end(), h);
+    if (at == live.end() || --h->holds)
+        return;
+    live.erase(at);
+    delete h;
+}
+
+static double v_term(const matobj *v, int32_t i, int32_t j)
+{
+    int32_t k = v_var(v, j), n = v_obs(v, i);
+    const fvhandle *h = v_fvhandle(v);
+    if (!h || n < 1 || n > _Nobs)
+        return misval;
+    if (k > 0)
+        return k > _Kvar || t_isstr(_typlist[k - 1]) ? misval
+                                                     : dsa_data(sysdsa, uint32_t(k), uint32_t(n));
+    if (!k)
+        return misval;
+    const termname &t = h->list.col[size_t(-k) - 1];
+    for (int32_t p = 0; p < t.n; p++) {
+        int32_t var = t.part[p].var;
+        if (var < 1 || var > _Kvar || t_isstr(_typlist[var - 1]))
+            return misval;
+    }
+    return fv_value(t, n);
+}
 
 int32_t v_fvxeqinit(matobj *v)
 {
-    if (v->view < 3)
+    const fvhandle *h = v_fvhandle(v);
+    if (!h || !h->ts || !ts_init())
         return 0;
     m_xrc = 3598;
     return 1;
@@ -148,8 +243,10 @@ bool v_fvnotallowed(const matobj *v)
 
 void v_fvfree(matobj *v)
 {
-    if (v->view > 2 && v->data)
-        memset(v->data, 0, 8);
+    if (v->view < 3 || !v->data)
+        return;
+    v_fvlet(v_fvhandle(v));
+    memset(v->data, 0, sizeof(fvhandle *));
 }
 
 void v_fvclearall()
@@ -158,10 +255,22 @@ void v_fvclearall()
         v_fvfree(m);
 }
 
+// A variable that went away is none; those behind it move down.
+static void renumber_terms(int32_t n)
+{
+    for (fvhandle *h : live)
+        for (termname &t : h->list.col)
+            for (int32_t i = 0; i < t.n; i++) {
+                int32_t &var = t.part[i].var;
+                var = var == n ? 0 : var - (var > n);
+            }
+}
+
 void v_upvarnums(int32_t n)
 {
     for (matobj *m = mo_nextmat(nullptr); m; m = mo_nextmat(m))
         for (int32_t j = 0; m->view && j < m->cols; j++)
             if (numbers(m)[j] > n)
                 numbers(m)[j]--;
+    renumber_terms(n);
 }

@@ -9,6 +9,7 @@
 #include "interp/messages.h"
 #include "output/fmt.h"
 #include "output/print.h"
+#include "stats/coefrows.h"
 #include "stats/dist.h"
 #include "stats/normal.h"
 #include "stats/results.h"
@@ -63,7 +64,17 @@ int32_t coeftab_options(coeftab *t)
 {
     t->level = ti_pi_findlevel(tokinfo, parinfo, 1);
     t->plus = stat_option("plus", 4);
-    t->omitted = stat_option("omitted", 4, true);
+    t->omitted = stat_option("omitted", 4, strcmp(set_showomitted, "off") != 0);
+    t->empty = stat_option("emptycells", 5, strcmp(set_showemptycells, "off") != 0);
+    t->base = !strcmp(set_showbaselevels, "all") ? 2 : !strcmp(set_showbaselevels, "on");
+    if (stat_option("baselevels", 4, t->base > 0))
+        t->base = t->base ? t->base : 1;
+    else
+        t->base = 0;
+    if (stat_option("allbaselevels", 7, t->base == 2))
+        t->base = 2;
+    t->squish = stat_option("vsquish", 7);
+    t->labels = stat_option("fvlabel", 7, true);
     t->neq = ti_pi_findopta(tokinfo, parinfo, "neq", 3, stat_option("first", 5) ? 1 : 0);
     if (!ti_pi_findargasis(tokinfo, parinfo, "eform", 2, t->eform, 12))
         *t->eform = 0;
@@ -142,6 +153,16 @@ coefstat coef_exp(const coefstat *c)
     return e;
 }
 
+static bool hidden_row(const coeftab *t, const coefrow &row, const char *name)
+{
+    switch (row.what) {
+    case CR_BASE: return t->base < (strchr(name, '#') ? 2 : 1);
+    case CR_OMITTED: return !t->omitted;
+    case CR_EMPTY: return !t->empty;
+    default: return false;
+    }
+}
+
 int32_t coeftab_show(const coeftab *t)
 {
     matref b, v, extra;
@@ -163,6 +184,8 @@ int32_t coeftab_show(const coeftab *t)
         varies |= umat_el(v.m, j, j) > 0;
     const char *eq = "_";
     int32_t met = 0;
+    std::string term;  // of the row above
+    bool above = false;
     for (int32_t j = 1; j <= b.m->cols; j++) {
         const umatname &name = b.col[j - 1];
         if ((j == 1 || strcmp(name.eq, b.col[j - 2].eq)) && ++met > t->neq && t->neq > 0)
@@ -174,23 +197,35 @@ int32_t coeftab_show(const coeftab *t)
             char shown[246];
             str_abbrev(shown, eq, 12);
             spout21fat(1, "%-12s |\n", shown);
+            above = false;
+            term.clear();
         }
         bool constant = !strcmp(name.name, "_cons");
         if (constant && *t->eform)
             continue;
         double z = umat_el(b.m, 1, j), var = hasv ? umat_el(v.m, j, j) : 0;
-        if (z == 0 && var == 0 && hasv && (!constant || varies)) {
-            char shown[246];
-            str_abbrev(shown, name.name, 12);
-            if (t->omitted)
-                spout21fat(1, "%12s |%11s\n", shown, "(omitted)");
+        coefrow row =
+            coefrow_of(name, z == 0 && var == 0 && hasv && (!constant || varies), t->labels);
+        if (hidden_row(t, row, name.name))
+            continue;
+        if (row.key != term) {
+            if (above && !t->squish)
+                spout21fat(1, "%12s |\n", "");
+            for (const std::string &line : row.heading)
+                spout21fat(1, "%12s |\n", line.c_str());
+            term = row.key;
+        }
+        above = true;
+        if (row.what != CR_PLAIN) {
+            static const char *const words[] = {"", "(base)", "(omitted)", "(empty)"};
+            spout21fat(1, "%12s |%11s\n", row.label.c_str(), words[row.what]);
             continue;
         }
         coefstat c = coef_stats(z, var > 0 ? std::sqrt(var) : misval, isz ? misval : df, t->level);
         if (*t->eform)
             c = coef_exp(&c);
         bool has = hasextra && !constant && j <= extra.m->cols;
-        coeftab_line(t, name.name, &c, has ? umat_el(extra.m, 1, j) : misval);
+        coeftab_line(t, row.label.c_str(), &c, has ? umat_el(extra.m, 1, j) : misval);
         if (stopflag)
             return stopflag;
     }

@@ -23,6 +23,7 @@
 #include "stats/dist.h"
 #include "stats/results.h"
 #include "stats/statparse.h"
+#include "varlist/terms.h"
 #include <algorithm>
 #include <cctype>
 #include <cmath>
@@ -68,11 +69,8 @@ int32_t column(const reader *r, const std::string &eq, const std::string &name)
     std::string full = eq.empty() ? name : eq + ":" + name;
     int32_t at = umat_findname(r->b.col, r->n, full.c_str(), false);
     if (!at && name != "_cons") { // an abbreviated variable
-        int32_t var = findvar_in_list(name.c_str(), _varlist, _i_Kvar, !ovata_varabbrev);
-        if (var > 0) {
-            full = eq.empty() ? _varlist[var - 1] : eq + ":" + _varlist[var - 1];
-            at = umat_findname(r->b.col, r->n, full.c_str(), false);
-        }
+        full = (eq.empty() ? "" : eq + ":") + fv_fullname(name.c_str());
+        at = umat_findname(r->b.col, r->n, full.c_str(), false);
     }
     return at;
 }
@@ -118,6 +116,16 @@ struct linear {
     double k = 0;
 };
 
+// A digit may begin a number or a level, as in 2.group.
+bool level_at(const reader *r)
+{
+    reader ahead = *r;
+    std::string name = name_at(&ahead);
+    termname t;
+    return name.find('.') != std::string::npos && term_read(name.c_str(), &t) &&
+           column(r, "", name);
+}
+
 int32_t sum(reader *r, linear *out);
 
 // A factor: a number, a coefficient or a sum in parentheses.
@@ -144,7 +152,7 @@ int32_t factor(reader *r, linear *out)
         }
         return rc;
     }
-    if (isdigit(uint8_t(*r->p)) || *r->p == '.') {
+    if ((isdigit(uint8_t(*r->p)) || *r->p == '.') && !level_at(r)) {
         char *end;
         out->k = strtod(r->p, &end);
         r->p = end;
@@ -304,6 +312,36 @@ bool equation_form(reader *r, std::vector<restriction> *v, int32_t *rc)
     return true;
 }
 
+// i.group, or a product with one: every coefficient of the term that was estimated. False when
+// the text is not of that form.
+bool whole_terms(reader *r, std::vector<restriction> *v, int32_t *rc)
+{
+    std::string text(r->p, strcspn(r->p, " "));
+    const char *point = strchr(text.c_str(), '.');
+    fvspec s;
+    if (!point || column(r, "", text))
+        return false;
+    termname t;
+    if (term_read(text.c_str(), &t))
+        return false;
+    if ((*rc = fv_text(text.c_str(), FV_TS | FV_FACTOR, &s)))
+        return true;
+    r->p += text.size();
+    int32_t missed;
+    for (int32_t j : fv_columns_of(s, r->b.col, r->n, &missed)) {
+        termname col;
+        if (term_read(r->b.col[j].name, &col) && term_isomitted(col))
+            continue;
+        linear l;
+        l.c.assign(size_t(r->n), 0);
+        l.c[size_t(j)] = 1;
+        add(v, r, l);
+    }
+    if (missed >= 0)
+        *rc = notfound(fv_write(s.term[size_t(missed)]).c_str());
+    return true;
+}
+
 // a = b = c makes two restrictions; without any = every coefficient named is zero.
 int32_t read_group(reader *r, std::vector<restriction> *v)
 {
@@ -312,6 +350,11 @@ int32_t read_group(reader *r, std::vector<restriction> *v)
         return rc;
     if (!strchr(r->p, '=')) {
         for (blanks(r); *r->p; blanks(r)) {
+            if (whole_terms(r, v, &rc)) {
+                if (rc)
+                    return rc;
+                continue;
+            }
             int32_t at = coefficient(r);
             if (at < 0)
                 return -at;
@@ -664,7 +707,8 @@ int32_t testcmd(int32_t)
                 v.push_back(x);
     if (text.find_first_not_of(' ') == std::string::npos) { // all slopes
         for (int32_t j = 0; j < r.n; j++)
-            if (strcmp(r.b.col[j].name, "_cons")) {
+            if (termname col; strcmp(r.b.col[j].name, "_cons") &&
+                            !(term_read(r.b.col[j].name, &col) && term_isomitted(col))) {
                 linear l;
                 l.c.assign(size_t(r.n), 0);
                 l.c[size_t(j)] = 1;

@@ -6,8 +6,8 @@
 #include "interp/messages.h"
 #include "output/fmt.h"
 #include "stats/rows.h"
+#include "varlist/terms.h"
 #include <cmath>
-#include <limits>
 
 namespace
 {
@@ -56,7 +56,7 @@ int32_t told_everywhere(int32_t var, bool greater, double at)
 {
     char text[64];
     fmtnumtrim(text, sizeof text, at, "%9.0g");
-    return errout(RC_NOOBS, "outcome = %s %s %s predicts data perfectly\n", _varlist[var - 1],
+    return errout(RC_NOOBS, "outcome = %s %s %s predicts data perfectly\n", fv_name(var),
                   greater ? ">" : "<", text);
 }
 

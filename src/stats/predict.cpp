@@ -20,6 +20,7 @@
 #include "stats/normal.h"
 #include "stats/results.h"
 #include "stats/statparse.h"
+#include "varlist/terms.h"
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -97,9 +98,11 @@ struct predcmd {
     const char *label = "";
     matref b, V;
     int32_t first, n;         // columns of the equation
-    std::vector<int32_t> var; // 0 for the constant
+    std::vector<int32_t> var; // 0 for the constant, -k for term k, left_out for nothing
+    std::vector<termname> terms;
     std::vector<double> x;
     int32_t dep = 0, sample = 0;
+    tsops depts;
     bound low, high;
     char beta[33] = ""; // dfbeta(): the coefficient
     int32_t betacol = 0;
@@ -180,6 +183,30 @@ int32_t parse(predcmd *c, char *eq)
     return 0;
 }
 
+constexpr int32_t left_out = INT32_MIN;
+
+// A column that was left out takes no part.
+int32_t find_term(predcmd *c, const char *name, int32_t *var)
+{
+    termname t;
+    if (term_read(name, &t) && term_isomitted(t)) {
+        *var = left_out;
+        return 0;
+    }
+    int32_t rc = fv_column(name, &t);
+    if (rc)
+        return rc;
+    bool had = false, ts = false;
+    for (const termname &u : c->terms)
+        for (int32_t i = 0; i < u.n; i++)
+            had |= u.part[i].ts.any();
+    for (int32_t i = 0; i < t.n; i++)
+        ts |= t.part[i].ts.any();
+    c->terms.push_back(t);
+    *var = -int32_t(c->terms.size());
+    return ts && !had ? ts_init() : 0;
+}
+
 int32_t find_columns(predcmd *c, const char *eq)
 {
     if (!umat_get("b", MK_E, &c->b))
@@ -191,7 +218,10 @@ int32_t find_columns(predcmd *c, const char *eq)
     for (int32_t j = c->first; j <= last; j++) {
         const char *name = c->b.col[j].name;
         int32_t var = 0;
-        if (strcmp(name, "_cons")) {
+        if (strchr(name, '.')) {
+            if (int32_t rc = find_term(c, name, &var))
+                return rc;
+        } else if (strcmp(name, "_cons")) {
             var = sysfindvar(name);
             if (!var)
                 return varnotfound(name);
@@ -237,8 +267,14 @@ int32_t need(predcmd *c)
         return errout(RC_NOTALLOWED, "option not allowed after absorbed groups\n");
     if ((c->what >= PS_RESID && c->what <= PS_XBD) || c->what >= PS_RSTANDARD) {
         std::string name = macro_of("depvar");
-        c->dep = sysfindvar(name.c_str());
-        if (!c->dep)
+        if (name.find('.') != std::string::npos) {
+            termname t;
+            int32_t rc = fv_column(name.c_str(), &t);
+            if (rc || (rc = ts_init()))
+                return rc;
+            c->dep = t.part[0].var;
+            c->depts = t.part[0].ts;
+        } else if (!(c->dep = sysfindvar(name.c_str())))
             return varnotfound(name.c_str());
     }
     if (c->what >= PS_RSTANDARD)
@@ -314,7 +350,10 @@ double linear(predcmd *c, int32_t obs)
     double xb = 0;
     for (int32_t j = 0; j < c->n; j++) {
         int32_t v = c->var[size_t(j)];
-        double z = v ? dsa_data(sysdsa, uint32_t(v), uint32_t(obs)) : 1;
+        double z = v > 0            ? dsa_data(sysdsa, uint32_t(v), uint32_t(obs))
+                   : v == left_out ? 0
+                   : v             ? fv_value(c->terms[size_t(-v) - 1], obs)
+                                   : 1;
         if (z >= misval)
             return misval;
         c->x[size_t(j)] = z;
@@ -351,7 +390,7 @@ int32_t group_effects(predcmd *c)
         if (sample && dsa_data(sysdsa, uint32_t(sample), uint32_t(obs)) != 1)
             continue;
         int32_t g = group_at(&c->groups, obs);
-        double y = dsa_data(sysdsa, uint32_t(c->dep), uint32_t(obs)), xb = linear(c, obs);
+        double y = ts_value(c->dep, c->depts, obs), xb = linear(c, obs);
         double w = weight.empty() ? 1 : xeqforby(&pgm, obs);
         if (g < 0 || y >= misval || xb >= misval || w >= misval)
             continue;
@@ -389,7 +428,7 @@ double value_at(predcmd *c, int32_t obs)
         return xb;
     if (c->what <= PS_YSTAR && c->what >= PS_PR)
         return interval_value(c, xb, obs);
-    double y = c->dep ? dsa_data(sysdsa, uint32_t(c->dep), uint32_t(obs)) : 0;
+    double y = c->dep ? ts_value(c->dep, c->depts, obs) : 0;
     if (y >= misval)
         return misval;
     if (c->what == PS_RESID || c->what == PS_DRESID)

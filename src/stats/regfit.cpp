@@ -10,6 +10,8 @@
 #include "stats/regress_int.h"
 #include "stats/statparse.h"
 #include "stats/sweep.h"
+#include "varlist/terms.h"
+#include <algorithm>
 #include <cmath>
 
 static bool weighted_as(uint8_t mask)
@@ -244,6 +246,25 @@ void reg_variance(regjob *r, double syy)
     r->V = data_scale(r, inverse_about_means(r, mse));
 }
 
+// Terms are swept in an order of their own, and with a tolerance of their own.
+static int32_t sweep_regressors(const regjob *r, double *a)
+{
+    int32_t nx = r->nx;
+    const int32_t *x = r->vars.data() + 1;
+    std::vector<int32_t> order;
+    double rel = matrind.rel;
+    if (std::any_of(x, x + nx, [](int32_t v) { return v < 0; })) {
+        fv_apply_omit_for_anova(x, nx, 2, a, set_matsize);
+        if (!r->optsweep)
+            fv_sweeporder(x, nx, 2, &order);
+        matrind.rel = matrind.fv;
+    }
+    int32_t rc =
+        sweep_within(a, 1, nx + 1, 2, nx + 1, order.empty() ? nullptr : order.data(), -1);
+    matrind.rel = rel;
+    return rc;
+}
+
 int32_t reg_solve(regjob *r)
 {
     int32_t nx = r->nx, ld = set_matsize, rc;
@@ -257,7 +278,7 @@ int32_t reg_solve(regjob *r)
             a[int64_t(i + 1) * ld + j + 1] = cp_el(&r->cp, i, j) * r->scale;
     }
     double syy = a[ld + 1];
-    if ((rc = sweep_within(a.get(), 1, nx + 1, 2, nx + 1, nullptr, -1)))
+    if ((rc = sweep_regressors(r, a.get())))
         return rc;
     reg_coefficients(r, a.get(), syy);
     r->rss = a[ld + 1] > 0 ? a[ld + 1] : 0;

@@ -20,6 +20,7 @@
 #include "stats/regress_int.h"
 #include "stats/results.h"
 #include "stats/statparse.h"
+#include "varlist/terms.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -183,7 +184,7 @@ void post_macros(const regcmd *c, const regjob *r)
     bool iv = !r->inst.empty();
     estval_set_glocal("title",
                       iv ? "Instrumental variables (2SLS) regression" : "Linear regression");
-    estval_set_glocal("depvar", *c->depname ? c->depname : _varlist[r->vars[0] - 1]);
+    estval_set_glocal("depvar", *c->depname ? c->depname : fv_name(r->vars[0]));
     estval_set_glocal("cmd", "regress");
     estval_set_glocal("properties", "b V");
     estval_set_glocal("predict", "regres_p");
@@ -192,8 +193,7 @@ void post_macros(const regcmd *c, const regjob *r)
         std::string instd;
         for (int32_t j = 0; j < r->nx; j++)
             if (!r->exog[size_t(j)])
-                instd +=
-                    (instd.empty() ? "" : " ") + std::string(_varlist[r->vars[size_t(j) + 1] - 1]);
+                instd += (instd.empty() ? "" : " ") + std::string(fv_name(r->vars[size_t(j) + 1]));
         std::string insts;
         for (int32_t v : r->inst)
             insts += (insts.empty() ? "" : " ") + std::string(_varlist[v - 1]);
@@ -261,7 +261,7 @@ int32_t post_sweep(const regjob *r, const std::vector<umatname> &names)
         }
     for (const matref *m : {&L, &H}) {
         for (umatname *side : {m->row, m->col}) {
-            strcpy(side[0].name, _varlist[r->vars[0] - 1]);
+            strcut(side[0].name, sizeof side[0].name, fv_name(r->vars[0]));
             memcpy(side + 1, names.data(), sizeof(umatname) * size_t(p));
         }
         dm_rec(m->m)->aux = 1;
@@ -288,13 +288,50 @@ int32_t post_blocks(const regcmd *c, const regjob *r, const std::vector<umatname
     return rc;
 }
 
+// Is the regressor a column of a list that was marked as left out from the first?
+bool marked(const regjob *r, int32_t j)
+{
+    int32_t v = r->vars[size_t(j) + 1];
+    return v < 0 && term_isomitted(fv_current.col[size_t(-v) - 1]);
+}
+
+bool is_empty(const regjob *r, int32_t j)
+{
+    int32_t v = r->vars[size_t(j) + 1];
+    if (v > 0 || !term_hasfactor(fv_current.col[size_t(-v) - 1]))
+        return false;
+    const termname &t = fv_current.col[size_t(-v) - 1];
+    for (int32_t i = 0; i < t.n; i++)
+        if (t.part[i].kind != TP_LEVEL)
+            return false;
+    return cp_el(&r->cp, j + 1, j + 1) == 0 && cp_mean(&r->cp, j + 1) == 0;
+}
+
+// The name of a regressor, marked when it was left out; behind the last the constant.
+void name_column(const regjob *r, int32_t j, umatname *out)
+{
+    *out = umatname{};
+    strcpy(out->eq, "_");
+    if (j == r->nx) {
+        strcpy(out->name, "_cons");
+        return;
+    }
+    const char *name = fv_name(r->vars[size_t(j) + 1]);
+    termname t;
+    if (r->dropped[size_t(j)] && vernum >= 1100 && term_read(name, &t) && !term_isomitted(t)) {
+        term_omit(&t);
+        if (is_empty(r, j))
+            out->info = UN_EMPTY;
+        strcut(out->name, sizeof out->name, term_write(t).c_str());
+    } else
+        strcut(out->name, sizeof out->name, name);
+}
+
 int32_t post(const regcmd *c, const regjob *r)
 {
     std::vector<umatname> names(static_cast<size_t>(r->p));
-    for (size_t j = 0; j < names.size(); j++) {
-        strcpy(names[j].eq, "_");
-        strcpy(names[j].name, j < size_t(r->nx) ? _varlist[r->vars[j + 1] - 1] : "_cons");
-    }
+    for (size_t j = 0; j < names.size(); j++)
+        name_column(r, int32_t(j), &names[j]);
     estpost e = {r->b.data(), r->V.data(), &names};
     int32_t rc = est_post(&e);
     if (!rc && r->nx)
@@ -454,9 +491,12 @@ int32_t take_instruments(regjob *r)
                 return 0;
             p += n;
         } while (*p == ' ');
-        if (*p != '(')
+        // Operators and products take parentheses of their own.
+        if (*p != '(' || p[-1] != ' ')
             return 0;
         char *close = strchr(p, ')');
+        if (close && close[1] == '#')
+            return 0;
         if (!close)
             return errout(RC_PARENS, "too few ')' or ']'\n");
         int32_t n = 0;
@@ -482,6 +522,7 @@ int32_t parse(regcmd *c, regjob *r)
     statline line;
     line.weights = W_ALL4;
     line.weightdflt = W_AW;
+    line.fv = true;
     int32_t rc = stat_parse(line);
     if (rc || (rc = display_options(c)))
         return rc;
@@ -490,14 +531,24 @@ int32_t parse(regcmd *c, regjob *r)
     return ti_pi_chkopt(tokinfo, parinfo);
 }
 
+void tell_dropped(const regjob *r, int32_t j, const char *word)
+{
+    const char *name = fv_name(r->vars[size_t(j) + 1]);
+    if (marked(r, j))
+        return;
+    if (is_empty(r, j))
+        spout21f("note: %s identifies no observations in the sample\n", name);
+    else
+        spout21f("note: %s %s because of collinearity\n", name, word);
+}
+
 void tell(const regjob *r)
 {
     const char *word = vernum < 1100 ? "dropped" : "omitted";
     outlev_keep keep(1);
     for (int32_t j = 0; j < r->nx; j++)
         if (r->dropped[size_t(j)])
-            spout21f("note: %s %s because of collinearity\n", _varlist[r->vars[size_t(j) + 1] - 1],
-                     word);
+            tell_dropped(r, j, word);
     if (parinfo->pi_hasexp && (parinfo->pi_wtype & (W_AW | W_PW))) {
         char v[64];
         spout21f("(sum of wgt is %s)\n", num(v, r->cp.sum_w, "%10.0g"));
@@ -513,8 +564,10 @@ int32_t estimate_model(regcmd *c, regjob *r)
     for (int32_t v : r->inst)
         if (std::find(r->vars.begin() + 1, r->vars.end(), v) == r->vars.end())
             r->vars.push_back(v);
+    if (r->vars[0] < 0 && term_hasfactor(fv_current.col[size_t(-r->vars[0]) - 1]))
+        return errout(RC_SYNTAX, "depvar may not be a factor variable\n");
     for (int32_t v : r->vars)
-        if (t_isstr(_typlist[v - 1]))
+        if (v > 0 && t_isstr(_typlist[v - 1]))
             return errout(RC_NOOBS, "no observations\n");
     int32_t rc = reg_build(r);
     if (rc || (rc = r->inst.empty() ? reg_solve(r) : reg_solve_iv(r)))

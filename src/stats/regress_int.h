@@ -8,6 +8,7 @@ enum regvce : uint8_t { RV_OLS, RV_ROBUST, RV_HC2, RV_HC3, RV_CLUSTER };
 
 struct regjob {
     // the model: vars[0] the dependent variable, then nx regressors
+    // entries of a parsed list: -k is column k of fv_current
     std::vector<int32_t> vars;
     int32_t nx = 0;
     bool cons = true, hascons = false, tsscons = false, mse1 = false;

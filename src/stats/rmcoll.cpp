@@ -1,6 +1,6 @@
 // stats/rmcoll.cpp - _rmcoll: takes the variables that follow from others out of a list.
 //
-//   _rmcoll varlist [if] [in] [weight] [, noconstant collinear forcedrop touse(var)
+//   _rmcoll varlist [if] [in] [weight] [, noconstant collinear forcedrop expand touse(var)
 //           logit probit ologit oprobit mlogit asis offset(var) ...]
 //
 // Leaves r(varlist) and r(k_omitted). With logit and probit the first variable is the outcome:
@@ -20,6 +20,7 @@
 #include "stats/results.h"
 #include "stats/statparse.h"
 #include "stats/sweep.h"
+#include "varlist/terms.h"
 #include <cmath>
 #include <string>
 #include <vector>
@@ -49,6 +50,7 @@ int32_t parse(rmcmd *c)
     line.weights = W_ALL4;
     line.weightdflt = W_AW;
     line.by = false;
+    line.fv = true;
     int32_t rc = stat_parse(line);
     if (rc)
         return rc;
@@ -74,7 +76,7 @@ int32_t parse(rmcmd *c)
     if (c->touse && _typlist[c->touse - 1] != T_BYTE)
         return errout(RC_TYPE, "%s not byte\n", _varlist[c->touse - 1]);
     for (int32_t i = 0; i < parinfo->pi_nvar; i++)
-        if (t_isstr(_typlist[parinfo->vl_vr[i] - 1]))
+        if (parinfo->vl_vr[i] > 0 && t_isstr(_typlist[parinfo->vl_vr[i] - 1]))
             return error(RC_TYPE);
     c->vars.assign(parinfo->vl_vr, parinfo->vl_vr + parinfo->pi_nvar);
     c->gone.assign(c->vars.size(), 0);
@@ -105,6 +107,13 @@ void look(rmcmd *c, datarows *d)
     d->n = n;
 }
 
+// Left out from the first, as base levels are.
+bool marked(const rmcmd *c, int32_t j)
+{
+    int32_t v = c->vars[size_t(j)];
+    return v < 0 && term_isomitted(fv_current.col[size_t(-v) - 1]);
+}
+
 int32_t reduce(rmcmd *c)
 {
     auto k = int32_t(c->vars.size());
@@ -132,10 +141,19 @@ int32_t reduce(rmcmd *c)
         for (int32_t j = 0; j < k; j++)
             a[int64_t(i) * set_matsize + j] =
                 c->gone[size_t(i)] || c->gone[size_t(j)] ? 0 : cp_el(&p, i, j);
-    if ((rc = matrin(a.get(), first, k - 1, -1)))
+    double rel = matrind.rel;
+    std::vector<int32_t> order;
+    if (parinfo->pi_fvtoc) {
+        fv_apply_omit_for_anova(c->vars.data() + first, k - first, first, a.get(), set_matsize);
+        fv_sweeporder(c->vars.data() + first, k - first, first, &order);
+        matrind.rel = matrind.fv;
+    }
+    rc = matrinf(a.get(), first, k - 1, order.empty() ? nullptr : order.data(), -1);
+    matrind.rel = rel;
+    if (rc)
         return rc;
     for (int32_t j = first; j < k; j++)
-        if (!c->gone[size_t(j)] && a[int64_t(j) * set_matsize + j] == 0)
+        if (!marked(c, j) && !c->gone[size_t(j)] && a[int64_t(j) * set_matsize + j] == 0)
             c->gone[size_t(j)] = cp_el(&p, j, j) == 0 ? 2 : 1;
     return 0;
 }
@@ -150,11 +168,14 @@ int32_t predictors(rmcmd *c)
 {
     if (!c->counts || c->asis)
         return 0;
+    constexpr uint8_t unseen = 9;
+    for (size_t j = 0; j < c->vars.size(); j++)
+        c->gone[j] = marked(c, int32_t(j)) ? unseen : 0;
     int32_t rc = perfect_search(c->vars, &c->gone, &c->out, &c->perfect);
     if (rc)
         return rc;
     for (uint8_t &g : c->gone)
-        g = g ? 3 : 0;
+        g = g && g != unseen ? 3 : 0;
     for (int32_t i = 1; c->touse && i <= _Nobs; i++)
         if (c->out[size_t(i)] && dsa_data(sysdsa, uint32_t(c->touse), uint32_t(i)) == 1)
             dsa_store(0, sysdsa, uint32_t(c->touse), uint32_t(i));
@@ -165,7 +186,7 @@ void tell_perfect(const rmcmd *c)
 {
     outlev_keep keep(1);
     for (const perfectrow &row : c->perfect) {
-        const char *name = _varlist[row.var - 1];
+        const char *name = fv_name(row.var);
         char at[64];
         fmtnumtrim(at, sizeof at, row.at, "%9.0g");
         if (row.isdummy)
@@ -190,14 +211,41 @@ void tell(const rmcmd *c)
         if (!any && c->skipline)
             newline();
         any = true;
-        const char *name = _varlist[c->vars[j] - 1];
-        if (c->gone[j] == 2)
+        const char *name = fv_name(c->vars[j]);
+        if (c->gone[j] == 2 && c->vars[j] < 0)
+            spout21f("note: %s identifies no observations in the sample\n", name);
+        else if (c->gone[j] == 2)
             spout21f("note:  %s dropped because of zero variance\n", name);
         else
             spout21f("note: %s %s because of collinearity\n", name, left_out());
     }
     if (any && allzero)
         spout21("all variables dropped because of zero variance\n");
+}
+
+// Columns of a list with factors: with expand all of them, marked where they were left out;
+// with forcedrop those that stay; otherwise the terms as they were typed.
+std::string operated_list(const rmcmd *c)
+{
+    if (!c->expand && !c->force) {
+        fvspec s = *static_cast<const fvspec *>(parinfo->pi_fvtoc);
+        if (c->outcome)
+            s.term.erase(s.term.begin());
+        return fv_write(s);
+    }
+    std::string list;
+    for (size_t j = c->outcome; j < c->vars.size(); j++) {
+        if (c->force && (c->gone[j] || marked(c, int32_t(j))))
+            continue;
+        std::string name = fv_name(c->vars[j]);
+        termname t;
+        if (c->gone[j] && term_read(name.c_str(), &t)) {
+            term_omit(&t);
+            name = term_write(t);
+        }
+        list += (list.empty() ? "" : " ") + name;
+    }
+    return list;
 }
 
 void post(const rmcmd *c)
@@ -209,8 +257,10 @@ void post(const rmcmd *c)
             gone += c->gone[j] != 0;
             continue;
         }
-        list += (list.empty() ? "" : " ") + std::string(_varlist[c->vars[j] - 1]);
+        list += (list.empty() ? "" : " ") + std::string(fv_name(c->vars[j]));
     }
+    if (parinfo->pi_fvtoc)
+        list = operated_list(c);
     retval_set_glocal("varlist", list.c_str());
     retval_set_gscalar(gone, "k_omitted");
     if (!c->counts)

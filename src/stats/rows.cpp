@@ -4,8 +4,25 @@
 #include "core/rc.h"
 #include "core/state.h"
 #include "interp/messages.h"
+#include "varlist/terms.h"
+#include <new>
 
-datarows::~datarows() { safefree(x); }
+datarows::~datarows()
+{
+    safefree(x);
+    delete fv;
+}
+
+static int32_t open_columns(datarows *d)
+{
+    bool any = false;
+    for (int32_t j = 0; j < d->k; j++)
+        any |= d->vars[j] < 0;
+    if (!any)
+        return 0;
+    d->fv = new (std::nothrow) fvcolumns;
+    return d->fv ? fvc_open(d->fv, fv_current.col, block_rows) : error(RC_NOMEM);
+}
 
 int32_t dr_open(datarows *d, const int32_t *vars, int32_t k)
 {
@@ -16,7 +33,7 @@ int32_t dr_open(datarows *d, const int32_t *vars, int32_t k)
     if (!d->x)
         return errout(RC_NOMEM, "op. sys. refuses to provide memory\n");
     dr_rewind(d);
-    return 0;
+    return open_columns(d);
 }
 
 void dr_rewind(datarows *d)
@@ -45,6 +62,8 @@ template <uint8_t TYPE> static void load(datarows *d, int32_t j, char *const *ro
 
 static void load_column(datarows *d, int32_t j, char *const *row)
 {
+    if (d->vars[j] < 0)
+        return fvc_column(d->fv, -d->vars[j] - 1, d->n, d->x + j, d->ld);
     auto var = size_t(d->vars[j]) - 1;
     uint32_t at = sysdsa->offset[var];
     switch (_typlist[var]) {
@@ -102,6 +121,8 @@ int32_t dr_next(datarows *d)
         }
         if (!d->n)
             return 0;
+        if (d->fv)
+            fvc_read(d->fv, d->obs, d->n);
         for (int32_t j = 0; j < d->k; j++)
             load_column(d, j, row);
         if (!d->keepmissing)

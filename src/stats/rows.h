@@ -7,11 +7,14 @@
 #include "expr/rows.h"
 #include <cstdint>
 
+struct fvcolumns;
+
 inline constexpr int32_t block_rows = 128;
 
 struct datarows {
     int32_t k = 0, ld = 0;   // columns, and their stride (k rounded up to a multiple of 4)
-    const int32_t *vars = nullptr;
+    const int32_t *vars = nullptr;  // entries of a parsed list: -j is column j of fv_current
+    fvcolumns *fv = nullptr;        // its columns, where there are any
     double *x = nullptr;     // block_rows by ld
     double w[block_rows];
     int32_t obs[block_rows];

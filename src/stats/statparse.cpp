@@ -12,6 +12,7 @@ int32_t stat_parse(const statline &line)
     parinfo->pi_by = line.by ? PI_OK : PI_NO;
     parinfo->pi_vlist = line.vlist;
     parinfo->pi_blankall = line.blankall;
+    parinfo->pi_fvok = line.fv ? 1 : parinfo->pi_fvok;
     parinfo->pi_wgt = line.weights ? PI_OK : PI_NO;
     parinfo->pi_wgtmask = line.weights;
     int32_t rc = ti_pi_parse(tokinfo, parinfo);

@@ -11,6 +11,7 @@ struct statline {
     uint8_t weightdflt = 0; // the kind meant where only [exp] is written
     bool blankall = false;  // no variables stand for all
     bool by = true;         // may run under by
+    bool fv = false;        // the list may hold operators
 };
 // Reads [varlist] [if] [in] [weight] [, options] into parinfo. A code with words, or 0.
 [[nodiscard]] int32_t stat_parse(const statline &line);

@@ -32,7 +32,7 @@ capture noisily gen y = x)
 capture noisily gen y = nosuch
 capture noisily gen y = nosuch(1)
 capture noisily gen y = "a" + 1
-capture noisily gen y = L.x
+capture noisily gen y = i.x
 capture noisily gen y = cls("a")
 capture noisily display A*B
 capture noisily display _b[x]

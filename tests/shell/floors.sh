@@ -11,10 +11,10 @@ function floor_of(f) {
     if (f ~ /^(commands|class)\//) return 5
     if (f ~ /^mosa\/(ov_|mosacmd|mosadir|mlib)/) return 5
     if (f ~ /^interp\/(tokens|dm|messages)\./) return 1
-    if (f ~ /^(interp|varlist)\//) return 4
-    if (f ~ /^expr\//) return 3
+    if (f ~ /^interp\//) return 4
+    if (f ~ /^(expr|varlist)\//) return 3
     if (f ~ /^mosa\//) return 3
-    if (f ~ /^stats\/(rows|crossprod|regfit|regress|regress_int|regiv|coeftab|predict|hypothesis|correlate|rmcoll|perfect|statparse)\./) return 3
+    if (f ~ /^stats\/(rows|crossprod|regfit|regress|regress_int|regiv|coeftab|coefrows|predict|hypothesis|correlate|rmcoll|perfect|statparse)\./) return 3
     if (f ~ /^(data|stats)\//) return 2
     if (f ~ /^output\//) return 1
     return 0

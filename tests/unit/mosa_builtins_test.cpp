@@ -255,12 +255,13 @@ TEST(MosaBuiltins, SystemAndData)
 TEST(MosaBuiltins, EveryBuiltFunctionIsTried)
 {
     std::string all;
-    for (auto &f : std::filesystem::directory_iterator(OVATA_SOURCE_DIR "/tests/unit")) {
-        if (!f.path().filename().string().starts_with("mosa_"))
-            continue;
-        std::ifstream in(f.path());
-        all.append(std::istreambuf_iterator<char>(in), {});
-    }
+    for (const char *dir : {"/tests/unit", "/tests/scripts"})
+        for (auto &f : std::filesystem::directory_iterator(OVATA_SOURCE_DIR + std::string(dir))) {
+            if (!f.path().filename().string().starts_with("mosa"))
+                continue;
+            std::ifstream in(f.path());
+            all.append(std::istreambuf_iterator<char>(in), {});
+        }
     for (int32_t i = 0; i < m_nbuiltin; i++) {
         std::string call = std::string(m_bitable[i].name) + "(";
         size_t at = 0;
