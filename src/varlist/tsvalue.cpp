@@ -49,9 +49,9 @@ int32_t ts_init()
     const char *d = charfind("_dta", "_TSdelta", nullptr);
     ts.tvar = sysfindvar(t);
     ts.pvar = p && *p ? sysfindvar(p) : 0;
-    if (!ts.tvar)
+    if (ts.tvar < 1)
         return varnotfound(t);
-    if (p && *p && !ts.pvar)
+    if (ts.pvar < (p && *p))
         return varnotfound(p);
     if (t_isstr(_typlist[ts.tvar - 1]) || (ts.pvar && t_isstr(_typlist[ts.pvar - 1])))
         return error(RC_TYPE);
@@ -65,6 +65,8 @@ static int32_t find(int32_t obs, int32_t lag)
 {
     if (!lag)
         return obs;
+    if (ts.tvar < 1 || ts.tvar > _Kvar || ts.pvar < 0 || ts.pvar > _Kvar)
+        return 0; // the time variable went away
     double t = cell(ts.tvar, obs);
     if (t >= misval)
         return 0;

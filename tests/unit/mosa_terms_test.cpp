@@ -86,6 +86,12 @@ TEST(MosaTerms, NamesOfTerms)
         {"ov_matrixcolstripe_split(\"M\", 6)", "S6,2:|1b.g||2.g|1b.g#|co.x|2.g#|c.x||x||_cons"},
         {"ov_matrixcolstripe_abbrev(\"M\", 8)[3, .]", "S1,2:|1b.g#c~x"},
         {"ov_matrixrowstripe_term_size(\"M\")", "R1,1:1"},
+        {"ov_matrixrowstripe_split(\"M\", 6)", "S1,1:r1"},
+        {"ov_matrixrowstripe_abbrev(\"M\", 8)", "S1,2:|r1"},
+        {"ov_matrixrowstripe_fvinfo(\"M\")", "R1,4:0 0 0 0"},
+        {"ov_matrixrowstripe_term_index(\"M\")", "R1,1:1"},
+        {"ov_matrixrowstripe_term_levels(\"M\")", "R1,1:."},
+        {"ov_matrixrowstripe_term_omit(\"M\")", "R1,1:0"},
         {"ov_matrixcolstripe_term_size(\"nosuch\")", "3499"},
         {"ov_matrixcolstripe_split(\"M\", 1)", "3300"},
     };
