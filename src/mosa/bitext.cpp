@@ -220,14 +220,16 @@ void bi_tokenget(int32_t argc)
     m_xeqerrid = "_tokenget()";
     static tk_rules rules;
     static std::vector<text> quotes;
-    static std::string s, white;
+    static std::string held, white;
     const char *p;
     int32_t n;
     double at, numbers, hex;
     matobj *pos = bi_arg(argc, 2);
     if (!bi_string(bi_arg(argc, 1), &p, &n))
         return;
-    s.assign(p, size_t(n)); // the text of a view stays only until the next is read
+    text s(p, size_t(n));
+    if (bi_arg(argc, 1)->view) // its text stays only until the next is read
+        s = held.assign(s);
     if (!bi_isarray(pos) || !bi_real(pos, &at) || !bi_string(bi_arg(argc, 3), &p, &n))
         return;
     white.assign(p, size_t(n));

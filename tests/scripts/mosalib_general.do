@@ -6,6 +6,19 @@ X = (3, 1 \ 1, 2 \ 2, 2)
 _sort(X, -1)
 X
 sort(("b" \ "a" \ ""), 1)'
+order((3 \ . \ -1 \ .a \ 0 \ -0 \ -2 \ 3), 1)'
+order((3 \ . \ -1 \ .a \ 0 \ -0 \ -2 \ 3), -1)'
+order((1, 5 \ 1, 7 \ 0, 5 \ 1, 5), (-2, 1))'
+order((2 + 1i \ 2 - 1i \ -3), 1)'
+order(("same start b" \ "same start a" \ "z" \ "same start b" \ "same"), 1)'
+order(("a", "y" \ "b", "x" \ "a", "x"), (1, -2))'
+order((7 \ 8), J(1, 0, .))'
+X = round(runiform(40000, 3) * 6)
+p = order(X, (2, -3, 1))
+K = X[p, 2] * 100 - X[p, 3] * 10 + X[p, 1]
+all(K[|2 \ .|] :>= K[|1 \ 39999|])
+all((p[|2 \ .|] :> p[|1 \ 39999|]) :| (K[|2 \ .|] :> K[|1 \ 39999|]))
+X = (3, 1 \ 1, 2 \ 2, 2)
 rseed(1)
 sort(jumble(1::50), 1) == (1::50)
 _jumble(X)
@@ -14,6 +27,7 @@ sort(unorder(5), 1)'
 rows(unorder(0))
 (invorder((3, 1, 2)), revorder((3, 1, 2)))
 (invorder((3 \ 1 \ 2)), revorder((3 \ 1 \ 2)))
+(selectindex((0, 1, .)), selectindex((1 \ 0))', cols(selectindex((0, 0))), cols(selectindex(J(1, 0, .))))
 uniqrows((1, 2 \ 1, 1 \ 1, 2 \ 0, 9), 1)
 uniqrows(("b" \ "a" \ "b"))
 rows(uniqrows(J(0, 2, .)))
