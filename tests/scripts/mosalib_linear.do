@@ -76,6 +76,12 @@ M = (1, 2 \ 3, 4)
 // Eigenvalues
 eigensystem(A, X = ., L = ., rc = .)
 (ok(A * X, X :* L), cols(rc), all(rc :<= 1 :& rc :> 0))
+// Balancing undoes a bad scaling; told not to, it leaves what that spoils.
+d = (1, 1e9, 1e-9, 1e4, 1, 1e-3)
+D = (A :* d) :/ d'
+(ok(eigenvalues(D), eigenvalues(A)), ok(eigenvalues(D, rc = ., 1), eigenvalues(A)))
+eigensystem(D, X = ., L = .)
+ok(L, eigenvalues(A))
 lefteigensystem(B, X = ., L = .)
 ok(X * B, conj(L)' :* X)
 (ok(eigenvalues((2, 1 \ 1, 2)), (3, 1)), ok(symeigenvalues((2, 1 \ 1, 2)), (3, 1)), ok(eigenvalues((0, 1 \ -4, 0)), (2i, -2i)))
