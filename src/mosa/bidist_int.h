@@ -1,10 +1,8 @@
 // mosa/bidist_int.h - walking several real arguments of different shapes side by side.
 #pragma once
-#include "core/mem.h"
 #include "core/missing.h"
 #include "mosa/values.h"
 #include "mosa/views.h"
-#include "mosa/vm.h"
 
 // The shape that n real arguments make together, and the number of the first that has all of
 // it; -1 with 3200 in m_xrc when they do not go together.
@@ -27,21 +25,4 @@ struct ew_arg {
     {
         return p ? p[i * byrow + j * bycol] : v_el(view, int32_t(i * byrow), int32_t(j * bycol));
     }
-};
-
-// Numbers of a built-in's own while it runs. A count that does not fit leaves it false, 3900 in
-// m_xrc.
-struct bi_doubles {
-    double *p;
-    explicit bi_doubles(int64_t n)
-        : p(static_cast<double *>(n < (int64_t(1) << 60) ? safemalloc(size_t(n) * 8) : nullptr))
-    {
-        if (!p)
-            m_xrc = 3900;
-    }
-    bi_doubles(const bi_doubles &) = delete;
-    bi_doubles &operator=(const bi_doubles &) = delete;
-    ~bi_doubles() { safefree(p); }
-    explicit operator bool() const { return p != nullptr; }
-    double &operator[](int64_t i) const { return p[i]; }
 };

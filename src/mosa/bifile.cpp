@@ -420,7 +420,7 @@ int32_t stream_code(moio_code rc, bool write)
     case MOIO_TYPE: return write ? 3250 : int32_t(E_FORMAT);
     case MOIO_FUNCTION: return write ? 3102 : int32_t(E_FORMAT);
     case MOIO_VIEW: return 3598;
-    default: return E_FORMAT;
+    default: return errno ? E_IO : E_FORMAT;
     }
 }
 
@@ -453,6 +453,7 @@ void fgetmatrix_of(int32_t argc, const char *id, bool quiet)
     int32_t rc = reading(m_arg(0), &f);
     if (!rc && !settle(f))
         rc = E_IO;
+    errno = 0;
     if (!rc)
         rc = stream_code(moio_read(f->fd, &m, name), false);
     if (m_xrc)
@@ -461,7 +462,7 @@ void fgetmatrix_of(int32_t argc, const char *id, bool quiet)
         f->status = rc == at_end ? at_end : -rc;
     if (!rc)
         m_result(argc, m);
-    else if (rc == at_end || (quiet && f && rc < 3000))
+    else if (rc == at_end || (quiet && f && rc < 3900))
         m_result(argc, m_mktmat(MO_REAL, 0, 0));
     else
         bi_fail(rc);

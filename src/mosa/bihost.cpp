@@ -2,7 +2,7 @@
 // without.
 #include "core/mem.h"
 #include "core/settings.h"
-#include "interp/timers.h"
+#include "core/timers.h"
 #include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
 #include "output/oml.h"
@@ -81,18 +81,20 @@ void bimore(int32_t argc)
     result_void(argc);
 }
 
-// setmore([on]): whether output was paged
+// setmore(): whether output is paged; setmore(on) says that it is to be
 void bisetmore(int32_t argc)
 {
     m_xeqerrid = "setmore()";
-    double was = set_more, on;
-    if (argc) {
-        if (!bi_real(m_arg(0), &on))
-            return;
-        set_more = on != 0;
-        sysinitmore(set_more ? 0 : 1);
+    double on;
+    if (!argc) {
+        m_result(argc, m_mktsmatsto(set_more));
+        return;
     }
-    m_result(argc, m_mktsmatsto(was));
+    if (!bi_real(m_arg(0), &on))
+        return;
+    set_more = on != 0;
+    sysinitmore(set_more ? 0 : 1);
+    result_void(argc);
 }
 
 // setmoreonexit(on): paging is so when the function that asks has ended

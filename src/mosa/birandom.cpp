@@ -2,7 +2,7 @@
 // are scalars or have the rows or columns of the result. Elements are drawn row by row, so that
 // a seed gives the same numbers whatever the shape. A parameter outside its range gives missing
 // for its elements and draws nothing.
-#include "mosa/bi_int.h"
+#include "mosa/bi_kern.h"
 #include "mosa/bidist_int.h"
 #include "mosa/bihandlers.h"
 #include "stats/random.h"

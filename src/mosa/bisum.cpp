@@ -33,14 +33,17 @@ enum sumof { WHOLE, ROWS, COLS };
 void plane(const matobj *a, sumof what, bool miss, bool imaginary, double *out, int64_t stride)
 {
     std::vector<summer> s(size_t(what == WHOLE ? 1 : what == ROWS ? a->rows : a->cols));
-    const double *base = a->view ? nullptr : imaginary ? mo_im(a) : mo_re(a);
-    for (int32_t i = 0; i < a->rows; i++) {
+    std::vector<double> buffer(size_t(a->view ? a->cols : 0));
+    const double *base = a->view ? buffer.data() : imaginary ? mo_im(a) : mo_re(a);
+    for (int32_t i = 0; i < a->rows; i++, base += a->view ? 0 : a->cols) {
         if (fault_poll()) {
             m_xrc = 1;
             return;
         }
+        if (a->view)
+            v_row(a, i, buffer.data());
         for (int32_t j = 0; j < a->cols; j++) {
-            double z = base ? base[int64_t(i) * a->cols + j] : v_el(a, i, j);
+            double z = base[j];
             summer &to = s[size_t(what == WHOLE ? 0 : what == ROWS ? i : j)];
             if (z < misval)
                 to.add(z);

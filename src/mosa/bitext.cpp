@@ -220,14 +220,16 @@ void bi_tokenget(int32_t argc)
     m_xeqerrid = "_tokenget()";
     static tk_rules rules;
     static std::vector<text> quotes;
-    static std::string s, white;
+    static std::string held, white;
     const char *p;
     int32_t n;
     double at, numbers, hex;
     matobj *pos = bi_arg(argc, 2);
     if (!bi_string(bi_arg(argc, 1), &p, &n))
         return;
-    s.assign(p, size_t(n)); // the text of a view stays only until the next is read
+    text s(p, size_t(n));
+    if (bi_arg(argc, 1)->view) // its text stays only until the next is read
+        s = held.assign(s);
     if (!bi_isarray(pos) || !bi_real(pos, &at) || !bi_string(bi_arg(argc, 3), &p, &n))
         return;
     white.assign(p, size_t(n));
@@ -308,11 +310,14 @@ struct hasher {
         h += h << 10;
         h ^= h >> 6;
     }
-    void number(double z, bool lowfirst)
+    void bytes(uint64_t bits, bool lowfirst)
     {
-        auto bits = std::bit_cast<uint64_t>(z == 0 ? 0.0 : z); // -0 equals 0
         for (int k = 0; k < 8; k++)
             byte(uint8_t(bits >> (lowfirst ? 8 * k : 56 - 8 * k)));
+    }
+    void number(double z, bool lowfirst)
+    {
+        bytes(std::bit_cast<uint64_t>(z == 0 ? 0.0 : z), lowfirst); // -0 equals 0
     }
     uint32_t value() const
     {
@@ -334,6 +339,11 @@ void hash_of(const matobj *m, bool lowfirst, hasher *h)
                 h->byte(uint8_t(c));
             continue;
         }
+        if (m->eltype == MO_POINTER) {
+            auto at = reinterpret_cast<uintptr_t>(mo_pel(m)[k]);
+            h->bytes(uint64_t(at), lowfirst);
+            continue;
+        }
         h->number(m->view ? v_el1(m, k) : mo_re(m)[k], lowfirst);
         if (m->eltype == MO_COMPLEX)
             h->number(mo_im(m)[k], lowfirst);
@@ -352,7 +362,7 @@ void bihash1(int32_t argc)
     if (!bi_ismatrix(x) || (argc > 1 && !bi_real(bi_arg(argc, 2), &n)) ||
         (argc > 2 && !bi_real(bi_arg(argc, 3), &order)))
         return;
-    if (mo_isptrlike(x->eltype)) {
+    if (mo_isptrlike(x->eltype) && x->eltype != MO_POINTER) { // pointers: where they lead
         m_xrc = 3256;
         return;
     }

@@ -8,6 +8,7 @@
 #include "mosa/views.h"
 #include "mosa/vmint.h"
 #include "output/print.h"
+#include <cerrno>
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
@@ -248,13 +249,21 @@ struct reader {
     byteorder order = b_native;
     int64_t left = -1; // bytes of the file behind the buffer, -1 not known
     int32_t at = 0, held = 0, most = room;
-    bool ended = false;
+    bool refused = false; // the system could not read
     uint8_t buf[room];
 
     explicit reader(int32_t f) : fd(f), left(ov_left(f))
     {
         if (left < 0)
             most = 1; // what cannot be given back is not taken
+    }
+    int64_t from_file(void *to, int64_t n)
+    {
+        errno = 0;
+        int64_t got = lovata_read(fd, to, n);
+        refused = refused || (got < n && errno);
+        left -= left < 0 ? 0 : got;
+        return got;
     }
     // Bytes into memory; fewer only at the end.
     int64_t get(void *to, int64_t n)
@@ -263,13 +272,11 @@ struct reader {
         while (done < n) {
             if (at == held) {
                 if (n - done >= most) {
-                    int64_t got = lovata_read(fd, static_cast<char *>(to) + done, n - done);
-                    left -= left < 0 ? 0 : got;
+                    int64_t got = from_file(static_cast<char *>(to) + done, n - done);
                     return done + got;
                 }
                 at = 0;
-                held = int32_t(lovata_read(fd, buf, most));
-                left -= left < 0 ? 0 : held;
+                held = int32_t(from_file(buf, most));
                 if (held == 0)
                     return done;
             }
@@ -469,7 +476,7 @@ moio_code read_stream(reader *r, matobj **object, char name[33])
     uint8_t head[2];
     int64_t n = r->get(got, 6);
     if (n == 0)
-        return MOIO_END;
+        return r->refused ? MOIO_FORMAT : MOIO_END;
     if (n < 6 || memcmp(got, first, 6) != 0 || r->get(head, 2) < 2 ||
         (head[1] != B_BIG && head[1] != B_LITTLE))
         return MOIO_FORMAT;

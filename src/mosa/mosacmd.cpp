@@ -100,6 +100,16 @@ int32_t run_text(const char *text)
     return 0;
 }
 
+// A list that begins with the pattern * or *(), which no expression goes on with.
+bool all_names(const char *p)
+{
+    p += strspn(p, " ");
+    if (*p++ != '*')
+        return false;
+    p += strspn(p, " ");
+    return !*p || (*p == '(' && p[1 + strspn(p + 1, " ")] == ')');
+}
+
 // The row of a word "mosa_drop", or of "mosa" and the word behind it, with tokinfo behind the
 // words; null, with tokinfo as it was, when the line is the matrix language's own.
 const subcommand *find_subcommand(bool within)
@@ -118,7 +128,7 @@ const subcommand *find_subcommand(bool within)
         if (!cmdcmp(word, s.word, s.min))
             continue;
         char next = ti_peektok_chr(tokinfo);
-        if (strchr("=([.:-+*/^", next) && next)
+        if (next && strchr("=([.:-+*/^", next) && !all_names(ti_wheretok(tokinfo)))
             break;
         return &s;
     }

@@ -396,6 +396,10 @@ static int32_t copy_view(matobj *dest, const matobj *src)
             m_xrc = 1;
             return 1;
         }
+        if (src->eltype == MO_REAL && !dest->view) {
+            v_row(src, i, mo_re(dest) + int64_t(i) * src->cols);
+            continue;
+        }
         for (int32_t j = 0; j < src->cols; j++) {
             if (src->eltype == MO_STRING) {
                 int32_t n = v_sel(src, i, j, buffer);
@@ -403,10 +407,8 @@ static int32_t copy_view(matobj *dest, const matobj *src)
                     v_sto_sel(buffer, n, dest, i, j);
                 else if (selreplace(dest, int64_t(i) * src->cols + j, buffer, n))
                     return 1;
-            } else if (dest->view)
+            } else
                 v_sto_el(v_el(src, i, j), dest, i, j);
-            else
-                mo_re(dest)[int64_t(i) * src->cols + j] = v_el(src, i, j);
         }
     }
     return 0;

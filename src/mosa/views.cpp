@@ -74,6 +74,22 @@ double v_el(const matobj *v, int32_t i, int32_t j)
     return dsa_data(sysdsa, k, n);
 }
 
+void v_row(const matobj *v, int32_t i, double *out)
+{
+    int32_t n = v_obs(v, i);
+    if (v->view > 2 || n < 1 || n > _Nobs) {
+        for (int32_t j = 0; j < v->cols; j++)
+            out[j] = v_el(v, i, j);
+        return;
+    }
+    const char *row = dsa_obsptr(sysdsa, uint32_t(n));
+    const int32_t *k = numbers(v);
+    for (int32_t j = 0; j < v->cols; j++) {
+        bool there = k[j] >= 1 && k[j] <= _Kvar;
+        out[j] = there ? cell_data(_typlist[k[j] - 1], row + sysdsa->offset[k[j] - 1]) : misval;
+    }
+}
+
 double v_el1(const matobj *v, int64_t k)
 {
     return v_el(v, int32_t(k / v->cols), int32_t(k % v->cols));

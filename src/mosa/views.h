@@ -14,6 +14,7 @@
 int64_t v_length(int32_t kind, int32_t rows, int32_t cols);
 double v_el(const matobj *v, int32_t i, int32_t j); // i, j from 0
 double v_el1(const matobj *v, int64_t k);
+void v_row(const matobj *v, int32_t i, double *out); // all of row i, faster than one by one
 void v_sto_el(double z, const matobj *v, int32_t i, int32_t j);
 void v_sto_el1(double z, const matobj *v, int64_t k);
 // A string element into buffer (at least 245 bytes); returns its length.

@@ -1,5 +1,7 @@
 // Patterns, words, tokens and hashes in the matrix language.
+#include "mosa/tokenize.h"
 #include "mosabi.h"
+#include <random>
 
 TEST(MosaTexts, RegularExpressions)
 {
@@ -89,7 +91,7 @@ TEST(MosaTexts, Hashes)
         {"hash1((1, 2)) == hash1(C(1, 2)), hash1((1, 2)) == hash1((2, 1))", "R1,2:1 0"},
         {"hash1(1, 0)", "3300"},
         {"hash1(1, 10, 3)", "3300"},
-        {"hash1(NULL)", "3256"},
+        {"hp = &1; hq = &2; hash1(hp) == hash1(hq)", "R1,1:0"},
     };
     try_all(rows);
 }
@@ -108,4 +110,30 @@ TEST(MosaTexts, Views)
         {"_editvalue(vs, \"no 2 no\", \"gone\"); vs", "S2,1:no 1 no|gone"},
     };
     try_all(rows);
+}
+
+// Whatever the text, tokens follow one another with nothing but white between them.
+TEST(MosaTexts, TokensCoverEveryText)
+{
+    const std::string letters = "ab1.eEx+-= \t\"'`()<>";
+    std::mt19937 random(11);
+    tk_rules rules;
+    rules.white = " \t";
+    rules.signs = {"+", "+=", "=", "-", ".."};
+    rules.quotes = {{"\"", "\""}, {"`\"", "\"'"}, {"(", ")"}};
+    for (int turn = 0; turn < 20000; turn++) {
+        std::string s;
+        for (unsigned n = random() % 24; n; n--)
+            s += letters[random() % letters.size()];
+        rules.numbers = turn & 1;
+        rules.hex = turn & 2;
+        size_t at = 0, from = 0;
+        for (std::string_view t; !(t = tk_next(s, &at, rules)).empty(); from = at) {
+            ASSERT_EQ(size_t(t.data() - s.data()) + t.size(), at) << s;
+            std::string gap = s.substr(from, at - t.size() - from);
+            ASSERT_EQ(gap.find_first_not_of(rules.white), gap.npos) << s;
+        }
+        ASSERT_EQ(at, s.size()) << s;
+        ASSERT_EQ(s.find_first_not_of(rules.white, from), s.npos) << s;
+    }
 }

@@ -69,10 +69,37 @@ const script scripts[] = {
     {"externals", "void ext() {\n external real matrix G\n G = (G \\ 1)\n}",
      "ext()\next()\np = findexternal(\"G\")\np = crexternal(\"G2\")\nrmexternal(\"G\")\n"
      "rmexternal(\"G2\")"},
+    {"texts", "",
+     "r = regexm((\"ab\", \"cd\"), \"(b)\")\ns = regexs(1)\ns = regexr((\"ab\", \"b\"), \"b\", "
+     "\"<\\0>\")\n"
+     "s = subinword(\"a b a\", \"a\", \"xx\")\ns = (soundex(\"abc\"), abbrev(\"abcdefgh\", 5), "
+     "strtoname(\"a b\"), numtobase26(30))\nat = 1\ns = _tokenget(\"a b\", at, \" \", \"\", \"\", "
+     "0, 0)\n"
+     "h = hash1(s, 10)\nd = date((\"1jan1960\", \"x\"), \"DMY\")\nd = mdyhms(1, 2, (1960, 1961), "
+     "0, 0, 0)\n"
+     "w = fmtwidth(\"%9.0g\")\ns = \"abc\"\n_substr(s, \"x\", 2)"},
+    {"values", "",
+     "i = w = .\nminindex((3, 1, 2, 1), 2, i, w)\nX = (1, . \\ 3, 4)\n_editmissing(X, 9)\n"
+     "_negate(X)\n_diag(X, (1, 2))\n_transposeonly(X)\n_runningsum(i, X)\nJ2(2, 1, X)\n"
+     "S = (\"a\", \"b\")\n_editvalue(S, \"a\", \"long text\")\n_transposeonly(S)\n"
+     "r = (rowmaxabs(X), rownonmissing(X))\nr = chebyeval((1, 2), X)\nt = timer_value(1)\n"
+     "ov_view(V = ., ., (\"va\", \"vb\"))\n_runningsum(V, V)\nr = J2(1, 2, V)"},
+    {"library", "",
+     "A = asarray_create()\nasarray(A, \"one\", (1, 2))\nasarray(A, \"two\", \"text\")\n"
+     "x = asarray(A, \"one\")\nasarray_remove(A, \"one\")\nA = .\nt = tokeninit()\n"
+     "tokenset(t, \"a b\")\ns = tokengetall(t)\nt = .\nu = uniqrows((1 \\ 2 \\ 1), 1)"},
     {"definitions", "mosa_dummy = 1",
      "real scalar f1(real scalar x, | string vector s) {\n real matrix loc\n loc = x*2\n"
      " if (args()==2) return(cols(s))\n return(loc)\n}\nf1(1)\nf1(1,(\"a\",\"b\"))\n"
      "struct sd {\n real scalar a\n}\nclass cd {\n real scalar a\n}"},
+    {"streams",
+     "struct st {\n real scalar a\n pointer scalar p\n}\nvoid streams() {\n"
+     " struct st scalar x\n real scalar f\n x.p = &(1,2,3)\n (void) _unlink(\"fs\")\n"
+     " f = fopen(\"fs\", \"w\")\n fautoclose(f)\n fputmatrix(f, x)\n"
+     " fputmatrix(f, (\"a\",\"bc\"))\n fput(f, 3*\"line \")\n fclose(f)\n"
+     " f = fopen(\"fs\", \"r\")\n fautoclose(f)\n x = fgetmatrix(f)\n *x.p = fgetmatrix(f)\n"
+     " *x.p = fget(f)\n *x.p = dir(\".\", \"files\", \"f*\")\n fclose(f)\n}",
+     "streams()"},
     {"host", "",
      "ovata(\"quietly mosa: inner = 5\")\nrc = _ovata(\"capture mosa: 1+\")\n"
      "ov_local(\"here\", \"x\")\nst = c(\"pi\")"},

@@ -1,4 +1,4 @@
-// interp/timers.h - a hundred stop-watches, numbered from 1.
+// core/timers.h - a hundred stop-watches, numbered from 1.
 //
 // A watch that runs counts the time up to now. Numbers outside 1 to 100 must not come here.
 #pragma once
