@@ -49,9 +49,9 @@ int32_t ts_init()
     const char *d = charfind("_dta", "_TSdelta", nullptr);
     ts.tvar = sysfindvar(t);
     ts.pvar = p && *p ? sysfindvar(p) : 0;
-    if (ts.tvar < 1)
+    if (!ts.tvar)
         return varnotfound(t);
-    if (ts.pvar < (p && *p))
+    if (p && *p && !ts.pvar)
         return varnotfound(p);
     if (t_isstr(_typlist[ts.tvar - 1]) || (ts.pvar && t_isstr(_typlist[ts.pvar - 1])))
         return error(RC_TYPE);
@@ -60,13 +60,21 @@ int32_t ts_init()
     return check_order();
 }
 
+void ts_renumber(int32_t n)
+{
+    if (ts.tvar == n || ts.pvar == n)
+        ts.tvar = ts.pvar = 0;
+    ts.tvar -= ts.tvar > n;
+    ts.pvar -= ts.pvar > n;
+}
+
 // The observation lag units before obs in its panel, 0 when there is none.
 static int32_t find(int32_t obs, int32_t lag)
 {
     if (!lag)
         return obs;
-    if (ts.tvar < 1 || ts.tvar > _Kvar || ts.pvar < 0 || ts.pvar > _Kvar)
-        return 0; // the time variable went away
+    if (ts.tvar < 1 || ts.tvar > _Kvar || ts.pvar > _Kvar)
+        return 0;
     double t = cell(ts.tvar, obs);
     if (t >= misval)
         return 0;
