@@ -292,13 +292,16 @@ static int32_t look(const char *path, double *num, char *str)
     if (text.empty() || text[0] != '.')
         text = "." + text;
     bool was = cls_noprograms;
+    uint8_t level = s_outlev;
     cls_noprograms = true;
+    s_outlev = 5; // functions do not fail: what is not there is missing, row by row
     clsplace place;
     clskey value = nullkey;
     int32_t rc = cls_resolve(text.c_str(), &place);
     if (!rc)
         rc = cls_evaluate(&place, &value);
     cls_noprograms = was;
+    s_outlev = level;
     if (rc)
         return rc;
     clskey v = cls_follow(value);

@@ -62,6 +62,8 @@ static bool digits(const char **p, int32_t *n)
 // The operators in front of a point; p is behind it afterwards.
 static bool read_ops(const char **p, termpart *t)
 {
+    if (**p == '.')
+        return false;
     if (toupper(uint8_t(**p)) == 'I' && !isdigit(uint8_t(*++*p)))
         return false;
     if (digits(p, &t->level)) {

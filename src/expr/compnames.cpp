@@ -90,7 +90,7 @@ static bool pointed_name(span s, const char *name)
         }
     }
     const char *point = strrchr(name, '.');
-    if (point == name || !isnamechar(point[1]) || !isnamechar(name[0]) || strpbrk(name, ",\"'"))
+    if (!point || point == name || !isnamechar(point[1]) || !isnamechar(name[0]) || strpbrk(name, ",\"'"))
         return false;
     fvspec spec;
     if (int32_t rc = fv_text(name, FV_TS | FV_FACTOR, &spec))

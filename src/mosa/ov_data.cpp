@@ -102,13 +102,31 @@ bool fill_texts(const ov_cells &c, matobj *m)
     });
 }
 
+// Columns of names with operators, by way of a view.
+matobj *take_terms(const ov_cells &c)
+{
+    matobj *v = m_mktmat(MO_REAL, 0, 0), *m = nullptr;
+    if (v && ov_makeview(v, MO_REAL, c) && !v_fvxeqinit(v))
+        m = m_dupmat(v);
+    if (v)
+        mo_freemat(v);
+    return m;
+}
+
 // ov_data(i, j [, s]) and ov_sdata(i, j [, s]): what is of the other kind reads as missing.
 void data_call(int32_t argc, const char *id, int16_t eltype)
 {
     m_xeqerrid = id;
     ov_cells c;
-    if (!ov_readcells(bi_arg(argc, 1), bi_arg(argc, 2), argc > 2 ? bi_arg(argc, 3) : nullptr, &c))
+    const matobj *s = argc > 2 ? bi_arg(argc, 3) : nullptr;
+    if (!(eltype == MO_STRING ? ov_readcells : ov_readterms)(bi_arg(argc, 1), bi_arg(argc, 2), s,
+                                                             &c))
         return;
+    if (c.terms) {
+        if (matobj *m = take_terms(c))
+            m_result(argc, m);
+        return;
+    }
     matobj *m = m_mktmat(eltype, int32_t(c.nobs), int32_t(c.vars.n));
     if (!m)
         return;

@@ -4,6 +4,7 @@
 //       means 1 or _N, and alone all of them.
 //   j   a real row of variable numbers, or a row of names (an element may hold several); a
 //       missing scalar means all variables the user sees.
+//       Where it says so the names may have operators of factors and time series.
 //   s   nothing ("" or .), a variable whose zeros are left out, or 0: rows with a missing value
 //       in the variables j are left out.
 //
@@ -51,6 +52,7 @@ bool ov_readcells(const matobj *i, const matobj *j, const matobj *s, ov_cells *o
 // The same where j may hold operators of factors and time series; their levels are those of the
 // observations meant.
 bool ov_readterms(const matobj *i, const matobj *j, const matobj *s, ov_cells *out);
+bool ov_makeview(matobj *v, int16_t eltype, const ov_cells &c); // v becomes a view of them
 bool ov_readvars(const matobj *j, ov_list<int32_t> *vars);
 bool ov_readruns(const matobj *i, ov_list<ov_run> *runs);
 // A row of names or numbers with two columns for a range does not count: one variable.
@@ -63,6 +65,9 @@ inline bool ov_isstring(int32_t var)
 {
     return t_isstr(_typlist[var - 1]);
 }
+
+// The operated variable that one of ov_tsrevar()'s stands for, else its own name.
+std::string ov_operated(int32_t var);
 
 // ---- what the ov_ handlers share
 

@@ -103,7 +103,9 @@ matobj *stripe_of(const umatname *s, int32_t n)
 
 bool stripe_word(const std::string &word, const char *none, char *out, size_t room)
 {
-    if (word.size() >= room || word.find_first_of(": \"`'") != std::string::npos)
+    // Only the name of a term may be longer than a plain one.
+    bool term = word.find_first_of(".#") != std::string::npos;
+    if (word.size() >= room || (!term && word.size() > namelen) || word.find_first_of(": \"`'") != std::string::npos)
         return bi_fail(3300);
     strcut(out, room, word.empty() ? none : word.c_str());
     return true;

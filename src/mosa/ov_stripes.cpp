@@ -85,7 +85,10 @@ void put_text(matobj *r, int64_t k, const std::string &s)
     (void)selreplace(r, k, s.data(), int64_t(s.size()));
 }
 
-bool read_width(const matobj *m, int32_t *width) { return bi_int(m, 5, term_maxname, width); }
+bool read_width(const matobj *m, int32_t *width)
+{
+    return bi_int(m, 5, term_maxname, width);
+}
 
 void split_call(int32_t argc, const char *id, bool rows)
 {
@@ -210,8 +213,14 @@ void count_call(int32_t argc, const char *id, bool rows, bool omitted)
 } // namespace
 
 #define BOTH(word, call)                                                                           \
-    void biov_matrixrowstripe_##word(int32_t argc) { call("ov_matrixrowstripe_" #word "()", true); } \
-    void biov_matrixcolstripe_##word(int32_t argc) { call("ov_matrixcolstripe_" #word "()", false); }
+    void biov_matrixrowstripe_##word(int32_t argc)                                                 \
+    {                                                                                              \
+        call("ov_matrixrowstripe_" #word "()", true);                                              \
+    }                                                                                              \
+    void biov_matrixcolstripe_##word(int32_t argc)                                                 \
+    {                                                                                              \
+        call("ov_matrixcolstripe_" #word "()", false);                                             \
+    }
 #define C_SPLIT(id, rows) split_call(argc, id, rows)
 #define C_ABBREV(id, rows) abbrev_call(argc, id, rows)
 #define C_FVINFO(id, rows) fvinfo_call(argc, id, rows)

@@ -20,7 +20,8 @@ namespace
 
 // ---- names to numbers and back
 
-bool abbreviate(int32_t argc, bool *abbrev)
+// A second argument that is not 0.
+bool second_flag(int32_t argc, bool *abbrev)
 {
     double z = 0;
     if (argc > 1 && !bi_real(bi_arg(argc, 2), &z))
@@ -35,7 +36,7 @@ void varindex(int32_t argc, const char *id, bool quiet)
     m_xeqerrid = id;
     const matobj *names = bi_arg(argc, 1);
     bool abbrev;
-    if (!bi_isstring(names) || !abbreviate(argc, &abbrev))
+    if (!bi_isstring(names) || !second_flag(argc, &abbrev))
         return;
     ov_end end(names->rows, names->cols);
     for (int64_t k = 0; end && k < mo_count(names); k++) {
@@ -49,16 +50,14 @@ void varindex(int32_t argc, const char *id, bool quiet)
         end.done(argc);
 }
 
-matobj *names_of(const ov_list<int32_t> &vars)
+matobj *row_of(const std::vector<std::string> &names)
 {
-    matobj *r = m_mktmat(MO_STRING, 1, int32_t(vars.n));
-    for (int64_t k = 0; r && k < vars.n; k++) {
-        const char *name = _varlist[vars[k] - 1];
-        if (selreplace(r, k, name, int64_t(strlen(name)))) {
+    matobj *r = m_mktmat(MO_STRING, 1, int32_t(names.size()));
+    for (size_t k = 0; r && k < names.size(); k++)
+        if (selreplace(r, int64_t(k), names[k].data(), int64_t(names[k].size()))) {
             mo_freemat(r);
             return nullptr;
         }
-    }
     return r;
 }
 
@@ -164,27 +163,29 @@ void bi_ov_varindex(int32_t argc)
     varindex(argc, "_ov_varindex()", true);
 }
 
+// ov_varname(k [, operated]): names of numbers; with operated not 0, what a temporary variable
+// of ov_tsrevar() stands for in place of its name.
 void biov_varname(int32_t argc)
 {
     m_xeqerrid = "ov_varname()";
     const matobj *k = bi_arg(argc, 1);
-    if (!bi_isreal(k))
+    bool operated;
+    if (!bi_isreal(k) || !second_flag(argc, &operated))
         return;
     if (k->rows != 1 && k->cols != 1) {
         m_xrc = 3201;
         return;
     }
-    ov_list<int32_t> vars;
+    std::vector<std::string> names;
     for (int64_t i = 0; i < mo_count(k); i++) {
         double z = k->view ? v_el1(k, i) : mo_re(k)[i];
         if (!(z >= 1 && z < double(_Kvar) + 1)) {
             m_xrc = 3300;
             return;
         }
-        if (!vars.add(int32_t(z)))
-            return;
+        names.push_back(operated ? ov_operated(int32_t(z)) : _varlist[int32_t(z) - 1]);
     }
-    if (matobj *r = names_of(vars))
+    if (matobj *r = row_of(names))
         m_result(argc, r);
 }
 
@@ -325,8 +326,12 @@ void bi_ov_varlist(int32_t argc)
 {
     ov_list<int32_t> vars;
     int32_t rc;
-    if (read_list(argc, "_ov_varlist()", &vars, &rc))
-        give(argc, m_arg(1), rc ? nullptr : names_of(vars), rc);
+    if (!read_list(argc, "_ov_varlist()", &vars, &rc))
+        return;
+    std::vector<std::string> names;
+    for (int64_t k = 0; k < vars.n; k++)
+        names.emplace_back(_varlist[vars[k] - 1]);
+    give(argc, m_arg(1), rc ? nullptr : row_of(names), rc);
 }
 
 void bi_ov_ivarlist(int32_t argc)

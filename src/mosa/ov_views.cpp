@@ -64,7 +64,7 @@ void view_call(int32_t argc, const char *id, int16_t eltype)
     if (end &&
         ov_readterms(bi_arg(argc, 2), bi_arg(argc, 3), argc > 3 ? bi_arg(argc, 4) : nullptr, &c) &&
         bi_ismatrix(v) && (!c.terms || eltype == MO_REAL || bi_fail(3254)) &&
-        make_view(v, eltype, c.vars, c.runs, c.nobs, c.whole, c.terms))
+        ov_makeview(v, eltype, c))
         end.done(argc);
 }
 
@@ -97,6 +97,11 @@ bool pick(const matobj *index, int32_t n, ov_list<int32_t> *out)
 }
 
 } // namespace
+
+bool ov_makeview(matobj *v, int16_t eltype, const ov_cells &c)
+{
+    return make_view(v, eltype, c.vars, c.runs, c.nobs, c.whole, c.terms);
+}
 
 void biov_view(int32_t argc)
 {

@@ -90,7 +90,7 @@ coefrow coefrow_of(const umatname &name, bool zero, bool labels)
     for (int32_t i = 0; i < t.n; i++)
         base |= (t.part[i].marks & TM_BASE) != 0;
     if (term_isomitted(t) || zero)
-        r.what = base ? CR_BASE : name.info & UN_EMPTY ? CR_EMPTY : CR_OMITTED;
+        r.what = name.info & UN_EMPTY ? CR_EMPTY : base ? CR_BASE : CR_OMITTED;
     if (!term_hasfactor(t)) {
         for (int32_t i = 0; i < t.n; i++)
             t.part[i].marks = 0;

@@ -33,6 +33,7 @@ struct regcmd {
     bool header, table, anova, bmat, rssmat;
     coeftab tab;
     char depname[33], clustvar[33], absvar[33];
+    const fvspec *inst;  // as typed, or null
 };
 
 // ---- options
@@ -105,7 +106,7 @@ int32_t variance_options(regcmd *c, regjob *r)
         r->vce = RV_ROBUST;
     if (r->vce != RV_OLS && parinfo->pi_hasexp && parinfo->pi_wtype == W_IW)
         return errout(RC_NOTALLOWED, "iweights not allowed with robust\n");
-    if (!r->inst.empty() && (r->vce == RV_HC2 || r->vce == RV_HC3))
+    if (c->inst && (r->vce == RV_HC2 || r->vce == RV_HC3))
         return errout(RC_NOTALLOWED, "hc2 and hc3 not allowed with instruments\n");
     if (r->vce == RV_CLUSTER && !strcmp(c->tab.extra, "beta"))
         return errout(184, "options vce(cluster clustvar) and beta may not be combined\n");
@@ -196,7 +197,7 @@ void post_macros(const regcmd *c, const regjob *r)
                 instd += (instd.empty() ? "" : " ") + std::string(fv_name(r->vars[size_t(j) + 1]));
         std::string insts;
         for (int32_t v : r->inst)
-            insts += (insts.empty() ? "" : " ") + std::string(_varlist[v - 1]);
+            insts += (insts.empty() ? "" : " ") + std::string(fv_name(v));
         estval_set_glocal("instd", instd.c_str());
         estval_set_glocal("insts", insts.c_str());
     } else
@@ -476,48 +477,66 @@ int32_t show(const regcmd *c)
 
 // ---- the command
 
+// Behind the parenthesis that closes the one at p, or null.
+char *behind(char *p)
+{
+    int32_t depth = 0;
+    for (; *p; p++) {
+        depth += (*p == '(') - (*p == ')');
+        if (!depth)
+            return p + 1;
+    }
+    return nullptr;
+}
+
+// A list in parentheses that stands alone; operators and products have parentheses of their own.
+// Null when there is none before the clauses, or with the code set.
+char *alone(char *from, int32_t *rc)
+{
+    for (char *p = from; *p && !strchr(",[", *p); p++) {
+        if (*p == ' ' && (!strncmp(p, " if ", 4) || !strncmp(p, " in ", 4)))
+            return nullptr;
+        if (*p != '(')
+            continue;
+        char *end = behind(p);
+        if (!end) {
+            *rc = errout(RC_PARENS, "too few ')' or ']'\n");
+            return nullptr;
+        }
+        if ((p == from || p[-1] == ' ') && *end != '#')
+            return p;
+        p = end - 1;
+    }
+    return nullptr;
+}
+
 // The list in parentheses behind the first one, which is blanked for the parse of the rest.
 // Groups of by after the first one find the list where it was left.
-int32_t take_instruments(regjob *r)
+int32_t take_instruments(const fvspec **inst)
 {
-    static std::vector<int32_t> found;
+    static fvspec found;
     if (byvar < 2) {
-        found.clear();
-        char *p = ti_wheretok(tokinfo);
-        do {
-            p += strspn(p, " ");
-            size_t n = strcspn(p, " (,[");
-            if (n == 2 && (!strncmp(p, "if", 2) || !strncmp(p, "in", 2)))
-                return 0;
-            p += n;
-        } while (*p == ' ');
-        // Operators and products take parentheses of their own.
-        if (*p != '(' || p[-1] != ' ')
-            return 0;
-        char *close = strchr(p, ')');
-        if (close && close[1] == '#')
-            return 0;
-        if (!close)
-            return errout(RC_PARENS, "too few ')' or ']'\n");
-        int32_t n = 0;
-        found.resize(size_t(_Kvar) + 1);
-        if (int32_t rc = vlist_text(std::string(p + 1, close).c_str(), found.data(), &n, _Kvar + 1))
+        found = fvspec{};
+        int32_t rc = 0;
+        char *p = alone(ti_wheretok(tokinfo), &rc), *end = p ? behind(p) : nullptr;
+        if (!p)
             return rc;
-        found.resize(size_t(n));
-        memset(p, ' ', size_t(close - p) + 1);
-        for (int32_t v : found)
-            if (t_isstr(_typlist[v - 1]))
+        if ((rc = fv_text(std::string(p + 1, end - 1).c_str(), FV_TS | FV_FACTOR, &found)))
+            return rc;
+        memset(p, ' ', size_t(end - p));
+        for (const fvterm &t : found.term)
+            if (t_isstr(_typlist[t.part[0].var - 1]))
                 return error(RC_TYPE);
-        if (found.empty())
+        if (found.term.empty())
             return error(RC_TOOFEWVARS);
     }
-    r->inst = found;
+    *inst = found.term.empty() ? nullptr : &found;
     return 0;
 }
 
 int32_t parse(regcmd *c, regjob *r)
 {
-    if (int32_t rc = take_instruments(r))
+    if (int32_t rc = take_instruments(&c->inst))
         return rc;
     statline line;
     line.weights = W_ALL4;
@@ -555,12 +574,49 @@ void tell(const regjob *r)
     }
 }
 
+// With instruments, base levels are no regressors. Columns of the instruments that the model has
+// too are the same entry.
+int32_t instrument_columns(const regcmd *c, regjob *r)
+{
+    if (!c->inst)
+        return 0;
+    for (int32_t j = r->nx; j-- > 0;)
+        if (marked(r, j)) {
+            r->vars.erase(r->vars.begin() + j + 1);
+            r->nx--;
+        }
+    fvlist l;
+    if (int32_t rc = fv_expand(*c->inst, nullptr, &l))
+        return rc;
+    std::vector<termname> &cols = fv_current.col;
+    if (!parinfo->pi_fvtoc)
+        cols.clear();
+    for (const termname &t : l.col) {
+        if (term_isomitted(t))
+            continue;
+        const termpart &p = t.part[0];
+        int32_t entry = p.var;
+        if (t.n > 1 || p.kind != TP_PLAIN || p.ts.any()) {
+            size_t k = 0;
+            while (k < cols.size() && !term_same(cols[k], t))
+                k++;
+            if (k == cols.size())
+                cols.push_back(t);
+            entry = -int32_t(k) - 1;
+        }
+        r->inst.push_back(entry);
+    }
+    return 0;
+}
+
 int32_t estimate_model(regcmd *c, regjob *r)
 {
     r->vars.assign(parinfo->vl_vr, parinfo->vl_vr + parinfo->pi_nvar);
     r->nx = parinfo->pi_nvar - 1;
     if (!r->nx && !r->cons)
         return error(RC_TOOFEWVARS);
+    if (int32_t rc = instrument_columns(c, r))
+        return rc;
     for (int32_t v : r->inst)
         if (std::find(r->vars.begin() + 1, r->vars.end(), v) == r->vars.end())
             r->vars.push_back(v);

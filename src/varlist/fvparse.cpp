@@ -6,9 +6,11 @@
 #include "expr/varlist.h"
 #include "interp/messages.h"
 #include "varlist/terms.h"
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstring>
+#include <unordered_set>
 
 namespace
 {
@@ -26,9 +28,12 @@ struct opset {
     bool factor() const { return kind || omit || base != FB_DEFAULT; }
 };
 
+constexpr int32_t maxnest = 100;
+
 struct reader {
     const char *p;
     uint8_t allow, has;
+    int32_t nest = 0;
 };
 
 int32_t bad(const char *text)
@@ -229,7 +234,7 @@ int32_t apply_one(const opset &o, const tsops &t, fvatom *a)
     return 0;
 }
 
-int32_t apply(const opset &o, terms *list)
+int32_t apply_ops(const opset &o, terms *list)
 {
     terms out;
     for (const fvterm &t : *list)
@@ -248,7 +253,19 @@ int32_t apply(const opset &o, terms *list)
 int32_t read_list(reader *r, bool inside, terms *out);
 
 // A name, pattern, range or group, with the operators in front of it.
+int32_t operand_inside(reader *r, terms *out);
+
 int32_t operand(reader *r, terms *out)
+{
+    if (r->nest == maxnest)
+        return error(RC_TOOLONG);
+    r->nest++;
+    int32_t rc = operand_inside(r, out);
+    r->nest--;
+    return rc;
+}
+
+int32_t operand_inside(reader *r, terms *out)
 {
     if (const char *end = op_end(r->p)) {
         opset o;
@@ -259,7 +276,7 @@ int32_t operand(reader *r, terms *out)
         int32_t rc = allowed(r, o);
         if (!rc)
             rc = operand(r, out);
-        return rc ? rc : apply(o, out);
+        return rc ? rc : apply_ops(o, out);
     }
     if (*r->p == '(') {
         r->p++;
@@ -301,6 +318,9 @@ int32_t products(const terms &a, const terms &b, terms *out)
                 return errout(RC_SYNTAX, "interactions of more than %d variables not allowed\n",
                               term_maxparts);
             as_factors(&t);
+            // Factors stand before what is none.
+            std::stable_partition(t.part.begin(), t.part.end(),
+                                  [](const fvatom &p) { return p.kind == 'i'; });
             out->push_back(t);
             if (out->size() > size_t(maxterms))
                 return error(RC_TOOMANYVARS);
@@ -367,20 +387,21 @@ bool same_atom(const fvatom &a, const fvatom &b)
     return a.var == b.var && ka == kb && a.ts == b.ts && a.levels == b.levels;
 }
 
-bool same_term(const fvterm &a, const fvterm &b)
+// What a term is made of, whatever the order of its parts.
+std::string key_of(const fvterm &t)
 {
-    if (a.part.size() != b.part.size())
-        return false;
-    uint32_t used = 0;
-    for (const fvatom &x : a.part) {
-        size_t j = 0;
-        while (j < b.part.size() && ((used >> j & 1) || !same_atom(x, b.part[j])))
-            j++;
-        if (j == b.part.size())
-            return false;
-        used |= 1u << j;
+    std::vector<std::string> parts;
+    for (const fvatom &a : t.part) {
+        std::string s = (a.kind == 'i' ? "i" : "c") + ts_text(a.ts) + "." + std::to_string(a.var);
+        for (int32_t k : a.levels)
+            s += " " + std::to_string(k);
+        parts.push_back(s);
     }
-    return true;
+    std::sort(parts.begin(), parts.end());
+    std::string key;
+    for (const std::string &s : parts)
+        key += s + "#";
+    return key;
 }
 
 // A factor times itself is itself; a term that came before is there already. The first one may
@@ -388,15 +409,14 @@ bool same_term(const fvterm &a, const fvterm &b)
 void tidy(terms *list)
 {
     terms out;
+    std::unordered_set<std::string> seen;
     for (fvterm &t : *list) {
         for (size_t i = 0; i < t.part.size(); i++)
             for (size_t j = t.part.size() - 1; j > i; j--)
                 if (t.part[i].kind == 'i' && same_atom(t.part[i], t.part[j]))
                     t.part.erase(t.part.begin() + int64_t(j));
-        bool there = false;
-        for (size_t i = fv_isplain(list->front()) ? 1 : 0; i < out.size() && !there; i++)
-            there = same_term(out[i], t);
-        if (!there)
+        bool outcome = out.empty() && fv_isplain(t) && !t.part[0].kind;
+        if (outcome || seen.insert(key_of(t)).second)
             out.push_back(t);
     }
     *list = std::move(out);
@@ -439,7 +459,7 @@ bool fv_needed(const char *p)
 
 int32_t fv_parse(const char **at, uint8_t allow, fvspec *out)
 {
-    reader r{*at, allow, 0};
+    reader r{*at, allow, 0, 0};
     out->term.clear();
     int32_t rc = read_list(&r, false, &out->term);
     *at = r.p;

@@ -33,7 +33,7 @@ capture noisily gen y = nosuch
 capture noisily gen y = nosuch(1)
 capture noisily gen y = "a" + 1
 capture noisily gen y = i.x
-capture noisily gen y = cls("a")
+capture noisily gen y = serset("a")
 capture noisily display A*B
 capture noisily display _b[x]
 capture noisily display d(32jan2000)

@@ -1,6 +1,7 @@
 // The built-in functions called from the language: values reckoned by hand or with another
 // program's arithmetic, wrong arguments, and the rows that are not built yet.
 #include "../mosa_asm.h"
+#include "mosa/compiler.h"
 #include "mosa/bihandlers.h"
 #include "mosabi.h"
 #include "mosahelp.h"
@@ -333,4 +334,12 @@ TEST(MosaBuiltins, RowsNotBuilt)
     if (!found.empty()) {
         EXPECT_EQ(value(found.substr(0, found.find('\n')) + "()"), "3996");
     }
+}
+
+// A record whose code never came is told from one whose code is damaged.
+TEST(MosaBuiltins, RecordsWithoutCode)
+{
+    session();
+    ASSERT_NE(m_mkfcn("", "hollow", "", 0, MT_REAL, OT_SCALAR), nullptr);
+    EXPECT_EQ(ms("hollow()"), 3995);
 }
