@@ -323,9 +323,9 @@ TEST(MosaLinear, LapackOfOrder0)
 TEST(MosaLinear, LapackOfAnyArguments)
 {
     static const struct {
-        const char *id, *spec;
+        const char *id, *form;
     } rows[] = {
-#define LA(handler, id, routine, spec) {id, spec},
+#define LA(handler, id, routine, form) {id, form},
 #include "mosa/lapack.def"
 #undef LA
     };
@@ -347,7 +347,7 @@ real scalar lsel(a, | b) return(Re(a) > 0)
             std::string call = std::string(r.id, strlen(r.id) - 1);
             const char *glue = "";
             int n = draw(5), spoil = draw(3);
-            for (const char *s = r.spec; *s; s++) {
+            for (const char *s = r.form; *s; s++) {
                 bool odd = spoil && draw(12) == 0;
                 std::string size = std::to_string(odd ? draw(6) : n);
                 call += glue;
@@ -358,10 +358,10 @@ real scalar lsel(a, | b) return(Re(a) > 0)
                 case 'd': call += std::to_string(draw(3) - 1); break;
                 case 'f': call += "&lsel()"; break;
                 case 'x':
-                case 'y': call += "l" + std::to_string(s - r.spec) + "=lm(" + size + ")"; break;
+                case 'y': call += "l" + std::to_string(s - r.form) + "=lm(" + size + ")"; break;
                 case 'L':
                 case 'M': call += std::to_string(draw(4) - 1); break;
-                default: call += "l" + std::to_string(s - r.spec) + "=lv(" + size + ")"; break;
+                default: call += "l" + std::to_string(s - r.form) + "=lv(" + size + ")"; break;
                 }
                 glue = ", ";
                 while (s[1] && *s != ' ')
