@@ -108,3 +108,74 @@ TEST(MosaKernels, Values)
     try_all(haplotypes);
     try_all(volatility);
 }
+
+// Views do as well as the arrays they show.
+TEST(MosaKernels, Views)
+{
+    session();
+    ASSERT_EQ(run("drop _all"), 0);
+    ASSERT_EQ(run("set obs 6"), 0);
+    ASSERT_EQ(run("generate a = _n"), 0);
+    ASSERT_EQ(run("generate b = mod(_n, 3) + 1"), 0);
+    ASSERT_EQ(run("generate long g = ceil(_n / 2)"), 0);
+    ASSERT_EQ(ms("V = B = G = .; ov_view(V, ., (\"a\", \"b\")); ov_view(B, ., \"b\"); "
+                 "ov_view(G, ., \"g\"); A = V :+ 0; b = B :+ 0; g = G :+ 0"),
+              0);
+    static const called rows[] = {
+        {"_mopt_xb(V, (1, 2, 3)) == _mopt_xb(A, (1, 2, 3))", "R1,1:1"},
+        {"_mopt_vecsum(V, B, 1, G) == _mopt_vecsum(A, b, 1, g)", "R1,1:1"},
+        {"_mopt_matsum_xy(V, G, B) == _mopt_matsum_xy(A, g, b)", "R1,1:1"},
+        {"_mopt_matbysum_xx(V, G, B, B) == _mopt_matbysum_xx(A, g, b, b)", "R1,1:1"},
+        {"_robust_work(V, G) == _robust_work(A, g)", "R1,1:1"},
+        {"_cov_ms(V, G) == _cov_ms(A, g)", "R1,1:1"},
+        {"fracdiff(V, .4) == fracdiff(A, .4)", "R1,1:1"},
+        {"H = .; _mopt_holdxbi(H, 1, B); _mopt_xbdelta(H, 1, V, 1, 1) == b + A[, 1]", "R1,1:1"},
+        {"x = y = z = .; _mopt_ologit_e2(2, B, V[, 1], (1, 2), x, y, z) == "
+         "_mopt_ologit_e2(2, b, A[, 1], (1, 2), x, y, z)",
+         "R1,1:1"},
+        {"f = h = .; _mopt_probit_d2(1, B, V, (.1, .2, 0), f, h, z); f < 0", "R1,1:1"},
+        {"_rbf_shepard(V, B, V) == b", "R1,1:1"},
+        {"rpoisson(6, 1, B) :>= 0", "R6,1:1 1 1 1 1 1"},
+        {"all(V :== A)", "R1,1:1"},
+    };
+    try_all(rows);
+}
+
+// Memory refused and breaks at any moment leave nothing behind.
+TEST(MosaKernels, NothingLeaks)
+{
+    session();
+    ASSERT_EQ(ms("X = J(60, 2, .5); y = J(60, 1, 1); U = ghalton(50, 2); f = s = h = p = .; "
+                 "G = J(30, 3, 1); E = J(40, 2, .5); R = (1, .2 \\ .2, 1); e = J(1, 0, .)"),
+              0);
+    for (const char *text :
+         {"p = _ghk(J(9, 2, 0), R, U, 50, 1, 1, s, h)", "p = _gauss_hermite_nodes(40)",
+          "p = arfimaacf_u(.9, .1, .2, 1, 50)",
+          "_mopt_mlogit_d2(2, y, X, (1, 2, 3, 4, 5, 6), f, s, h)",
+          "p = _mopt_oprobit_e2(2, y, X[, 1], (1, 2), f, s, h)", "p = _mopt_matsum_xy(X, y, y)",
+          "_mopt_holdxbi(f, 3, y)", "p = _mopt_xb(X, (1, 2, .), 1)", "p = _robust_work(X, y)",
+          "p = _rbf_tps_setup(X)", "p = _haplo_d2_work_u(G, J(8, 1, .125), s, h)",
+          "p = _em_haplotype_u(G)", "p = _mgarch_ll_vcc_u(E, E, R, .1, .2)",
+          "p = _mgarch_loop_u(E, (1, 1), (.1, .1), J(0, 2, .), (1, 1))", "p = _cov_ms(X, y, y)"}) {
+        ASSERT_EQ(ms(text), 0) << text;
+        auto held = [] {
+            EXPECT_EQ(ms("f = s = h = p = 1"), 0);
+            return mem_live().blocks;
+        };
+        int64_t before = held();
+        int32_t refused = 0, stopped = 0;
+        for (fault_kind kind : {F_MEM, F_BREAK})
+            for (int k = 1, hit = 1; hit && k < 120; k++) {
+                fault_arm(kind, k, false);
+                int32_t rc = ms(text);
+                hit = fault_disarm() > 0;
+                stopflag = 0;
+                EXPECT_EQ(rc != 0, hit != 0) << text << k;
+                (kind == F_MEM ? refused : stopped) += rc == (kind == F_MEM ? 3900 : 1);
+                if (rc == 3300 || rc == 3200)
+                    ADD_FAILURE() << text << k << ": " << rc;
+            }
+        EXPECT_GT(refused, 0) << text;
+        EXPECT_LE(held(), before + 1) << text;
+    }
+}
