@@ -225,5 +225,18 @@ mylogit d x1 x2 if w < 3
 display e(N), e(k), e(k_eq), e(rank), e(converged), "`e(vce)'", "`e(depvar)'"
 test x1
 count if e(sample)
+* factor variables: bases stay at 0, as least squares have them
+quietly regress y x1 i.w##c.x2
+mosa:
+M = setup("lf", &lf_normal(), "y")
+moptimize_init_eq_indepvars(M, 1, "x1 i.w##c.x2")
+moptimize_init_eq_indepvars(M, 2, "")
+moptimize_init_eq_name(M, 1, "mu")
+moptimize(M)
+moptimize_result_colstripe(M, 1)
+b = ov_matrix("e(b)")
+mreldif(b, moptimize_result_coefs(M, 1)) < 1e-6
+mreldif(moptimize_result_V(M)[|1, 1 \ 9, 9|], ov_matrix("e(V)") * 393 / 400) < 1e-6
+end
 mylogit d x1 x2, cluster(g)
 display e(N), e(N_clust), "`e(vce)'"
