@@ -1,6 +1,7 @@
 // Geometry, interpolation, moments, haplotypes, moving variances: values by hand, by integrals of
 // school geometry, and by plain loops in another language.
 #include "mosabi.h"
+#include <random>
 
 static const called geometry[] = {
     {"_geo_line_intersect((0, 0, 2, 2), (0, 2, 2, 0))", "R1,2:1 1"},
@@ -178,4 +179,65 @@ TEST(MosaKernels, NothingLeaks)
         EXPECT_GT(refused, 0) << text;
         EXPECT_LE(held(), before + 1) << text;
     }
+}
+
+// Calls with anything as arguments, as many as the row allows: a code or a result, never worse.
+TEST(MosaKernels, AnyArguments)
+{
+    session();
+    static const char *const families[] = {
+        "_mopt_", "_geo_",  "_rbf_", "_mgarch_", "_haplo", "_geno",  "_em_", "_cov_",  "_robust",
+        "_gauss", "_ghk",   "ghalt", "fracdif",  "arfima", "_hyper", "rpoi", "rgam",   "rb",
+        "rdi",    "rhyp",   "rn",    "rt",       "inv",    "chi2",   "nbin", "poisso", "binorm",
+        "lnnorm", "hyperg", "tukey", "npn",      "ibeta",  "dgamma"};
+    static const char *const values[] = {"1",
+                                         ".",
+                                         "J(0, 0, .)",
+                                         "J(3, 2, .5)",
+                                         "\"a\"",
+                                         "J(2, 2, \"x\")",
+                                         "1i",
+                                         "NULL",
+                                         "-1",
+                                         "2.5",
+                                         "(1 \\ 2 \\ 3)",
+                                         "(0, 1, 2)",
+                                         "J(3, 0, .)",
+                                         "J(0, 2, 1)",
+                                         "1e300",
+                                         "7",
+                                         "(1, .3 \\ .3, 1)",
+                                         "J(3, 1, 1)",
+                                         "(1, ., 2)",
+                                         "0",
+                                         "3"};
+    ASSERT_EQ(run("drop _all"), 0);
+    ASSERT_EQ(run("set obs 3"), 0);
+    ASSERT_EQ(run("generate a = _n"), 0);
+    std::mt19937 die(20);
+    int32_t fine = 0, calls = 0;
+    for (int32_t i = 0; i < m_nbuiltin; i++) {
+        const m_birow &row = m_bitable[i];
+        bool ours = false;
+        for (const char *f : families)
+            ours |= !strncmp(row.name, f, strlen(f));
+        if (!row.handler || !ours || row.maxargs > 10)
+            continue;
+        for (int32_t turn = 0; turn < 40; turn++) {
+            int32_t n = row.minargs + int32_t(die() % uint32_t(row.maxargs - row.minargs + 1));
+            std::string text = "V = .; ov_view(V, ., \"a\"); ", call;
+            for (int32_t k = 0; k < n; k++) {
+                std::string name = "w" + std::to_string(k);
+                size_t pick = die() % (std::size(values) + 1);
+                text += name + " = " + (pick ? values[pick - 1] : "1") + "; ";
+                call += (k ? ", " : "") + (pick ? name : "V");
+            }
+            int32_t rc = ms(text + "w = 1; (void) " + row.name + "(" + call + ")");
+            EXPECT_TRUE(rc == 0 || (rc >= 3000 && rc < 4000)) << row.name << " " << text << rc;
+            fine += rc == 0;
+            calls++;
+        }
+    }
+    EXPECT_GT(fine, calls / 50);
+    EXPECT_GT(calls, 2500);
 }
