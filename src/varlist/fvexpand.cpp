@@ -312,10 +312,16 @@ int32_t fv_markout(const fvspec &s, uint8_t *use)
             if (known)
                 continue;
             seen.push_back(&a);
+            uint8_t type = _typlist[a.var - 1];
+            uint32_t at = sysdsa->offset[a.var - 1];
             for (int32_t i = 1; i <= _Nobs; i++) {
                 if ((i & 0xffff) == 0 && fault_poll())
                     return stopflag;
-                if (use[i] && ts_value(a.var, a.ts, i) >= misval)
+                if (!use[i])
+                    continue;
+                double z = a.ts.any() ? ts_value(a.var, a.ts, i)
+                                      : cell_data(type, dsa_obsptr(sysdsa, uint32_t(i)) + at);
+                if (z >= misval)
                     use[i] = 0;
             }
         }

@@ -94,14 +94,16 @@ struct fvcolumns {
     };
     struct piece {
         int32_t src, level;
-        bool indicator;
+        bool indicator, zero;
     };
     std::vector<source> src;
     std::vector<piece> piece_;
     std::vector<int32_t> first; // of each column in piece_, with one more at the end
     std::vector<double> val;    // src by rows of a block
 };
-[[nodiscard]] int32_t fvc_open(fvcolumns *c, const std::vector<termname> &col, int32_t rows);
+// With zeromarked what is left out reads as 0 (and missing as ever): nobody needs its values.
+[[nodiscard]] int32_t fvc_open(fvcolumns *c, const std::vector<termname> &col, int32_t rows,
+                               bool zeromarked = false);
 void fvc_read(fvcolumns *c, const int32_t *obs, int32_t n);
 void fvc_column(const fvcolumns *c, int32_t j, int32_t n, double *out, int32_t stride);
 
