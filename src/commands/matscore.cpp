@@ -82,7 +82,7 @@ int32_t find_columns(scorecmd *c)
         if (strchr(name, '.')) {
             if (term_read(name, &t) && term_isomitted(t))
                 continue;
-            if (int32_t rc = fv_column(name, &t))
+            if (int32_t rc = ti_fv_findvar(name, &t))
                 return rc;
             for (int32_t i = 0; i < t.n; i++)
                 c->times |= t.part[i].ts.any();
@@ -118,7 +118,7 @@ double value_at(const scorecmd *c, int32_t obs)
     for (size_t j = 0; j < c->vars.size(); j++) {
         int32_t v = c->vars[j];
         double z = v > 0   ? dsa_data(sysdsa, uint32_t(v), uint32_t(obs))
-                   : v < 0 ? fv_value(c->terms[size_t(-v) - 1], obs)
+                   : v < 0 ? fv_xeq(c->terms[size_t(-v) - 1], obs)
                            : 1;
         if (z >= misval)
             return c->missval;

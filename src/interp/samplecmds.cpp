@@ -165,7 +165,7 @@ int32_t out_operated(int32_t marker, const char *names, const sample &s)
                 continue;
             }
             for (int32_t i = 1; i <= _Nobs; i++)
-                if (ts_value(a.var, a.ts, i) >= misval)
+                if (rcpxeq(a.var, a.ts, i) >= misval)
                     dsa_store(0, sysdsa, uint32_t(marker), uint32_t(i));
         }
     return rc;

@@ -78,8 +78,7 @@ int32_t find_levels(factor *f, const uint8_t *use)
             return stopflag;
         if (use && !use[i])
             continue;
-        double z =
-            ts ? ts_value(f->var, f->ts, i) : dsa_data(sysdsa, uint32_t(f->var), uint32_t(i));
+        double z = ts ? rcpxeq(f->var, f->ts, i) : dsa_data(sysdsa, uint32_t(f->var), uint32_t(i));
         if (z >= misval)
             continue;
         if (!(z >= 0 && z <= 1e9) || z != std::floor(z))
@@ -319,7 +318,7 @@ int32_t fv_markout(const fvspec &s, uint8_t *use)
                     return stopflag;
                 if (!use[i])
                     continue;
-                double z = a.ts.any() ? ts_value(a.var, a.ts, i)
+                double z = a.ts.any() ? rcpxeq(a.var, a.ts, i)
                                       : cell_data(type, dsa_obsptr(sysdsa, uint32_t(i)) + at);
                 if (z >= misval)
                     use[i] = 0;
@@ -344,7 +343,7 @@ bool fv_findvars(termname *t, bool abbrev)
     return true;
 }
 
-int32_t fv_column(const char *name, termname *out)
+int32_t ti_fv_findvar(const char *name, termname *out)
 {
     if (!term_read(name, out) || !fv_findvars(out, true))
         return varnotfound(name);

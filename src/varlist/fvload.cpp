@@ -6,12 +6,12 @@
 #include "interp/messages.h"
 #include "varlist/terms.h"
 
-double fv_value(const termname &t, int32_t obs)
+double fv_xeq(const termname &t, int32_t obs)
 {
     double v = 1;
     for (int32_t i = 0; i < t.n; i++) {
         const termpart &p = t.part[i];
-        double z = ts_value(p.var, p.ts, obs);
+        double z = rcpxeq(p.var, p.ts, obs);
         if (z >= misval)
             return misval;
         if (p.kind == TP_LEVEL)
@@ -56,7 +56,7 @@ void fvc_read(fvcolumns *c, const int32_t *obs, int32_t n)
         double *to = &c->val[s * rows];
         if (f.ts.any()) {
             for (int32_t i = 0; i < n; i++)
-                to[i] = ts_value(f.var, f.ts, obs[i]);
+                to[i] = rcpxeq(f.var, f.ts, obs[i]);
             continue;
         }
         uint32_t at = sysdsa->offset[f.var - 1];
