@@ -160,10 +160,33 @@ bool any_length(planes x, int64_t n)
     return true;
 }
 
+// Short vectors by the definition.
+bool by_definition(planes x, int64_t n)
+{
+    twiddles w;
+    auto space = la_scratch<double>(2 * n);
+    if (!space || !w.make(n))
+        return false;
+    double *re = space.get(), *im = re + n;
+    for (int64_t j = 0; j < n; j++) {
+        re[j] = im[j] = 0;
+        for (int64_t k = 0; k < n; k++) {
+            auto t = size_t(j * k % n);
+            re[j] += x.re[k] * w.c[t] - x.im[k] * w.s[t];
+            im[j] += x.re[k] * w.s[t] + x.im[k] * w.c[t];
+        }
+    }
+    std::copy_n(re, n, x.re);
+    std::copy_n(im, n, x.im);
+    return true;
+}
+
 bool transform(planes x, int64_t n)
 {
     if (n < 2)
         return true;
+    if (n < 48 && (n & (n - 1)))
+        return by_definition(x, n);
     if (n & (n - 1))
         return any_length(x, n);
     twiddles w;
@@ -181,7 +204,7 @@ void fourier(int32_t argc, bool back)
         return;
     }
     int64_t n = mo_count(h);
-    bool missing = la_anymissing(h);
+    bool missing = la_anymissing(h), real = h->eltype == MO_REAL;
     if (h->eltype == MO_REAL) {
         matobj *z = m_mktmat(MO_COMPLEX, h->rows, h->cols);
         if (!z)
@@ -199,6 +222,13 @@ void fourier(int32_t argc, bool back)
     planes x{mo_re(h), mo_im(h)};
     if (!transform(back ? planes{x.im, x.re} : x, n))
         return;
+    for (int64_t k = 0; real && k <= n - k; k++) { // conjugate pairs, to the last digit
+        int64_t j = k ? n - k : 0;
+        if (j == n)
+            break;
+        x.re[j] = x.re[k];
+        x.im[j] = j == k ? 0 : -x.im[k];
+    }
     for (int64_t k = 0; k < n; k++) {
         double re = la_kept(back ? x.re[k] / double(n) : x.re[k]);
         double im = la_kept(back ? x.im[k] / double(n) : x.im[k]);

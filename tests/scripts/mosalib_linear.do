@@ -1,6 +1,9 @@
 * Matrix functions of the library: factors are put together again, small cases are known by hand.
 version 12.1
 set mosaoptimize on
+set obs 5
+generate x = _n
+generate y = 2 * _n + mod(_n, 2)
 mosa
 // 1 where two matrices agree to 1e-11 of the larger one
 real scalar ok(numeric matrix a, numeric matrix b)
@@ -73,6 +76,12 @@ M = (1, 2 \ 3, 4)
 // Eigenvalues
 eigensystem(A, X = ., L = ., rc = .)
 (ok(A * X, X :* L), cols(rc), all(rc :<= 1 :& rc :> 0))
+// Balancing undoes a bad scaling; told not to, it leaves what that spoils.
+d = (1, 1e9, 1e-9, 1e4, 1, 1e-3)
+D = (A :* d) :/ d'
+(ok(eigenvalues(D), eigenvalues(A)), ok(eigenvalues(D, rc = ., 1), eigenvalues(A)))
+eigensystem(D, X = ., L = .)
+ok(L, eigenvalues(A))
 lefteigensystem(B, X = ., L = .)
 ok(X * B, conj(L)' :* X)
 (ok(eigenvalues((2, 1 \ 1, 2)), (3, 1)), ok(symeigenvalues((2, 1 \ 1, 2)), (3, 1)), ok(eigenvalues((0, 1 \ -4, 0)), (2i, -2i)))
@@ -102,6 +111,11 @@ geigensystemselecti(B, A, (1, 2), X = ., w = ., bb = .)
 (ok(B * X :* bb, A * X :* w), cols(X))
 geigensystemselectf(B, A, &gsel(), X = ., w = ., bb = .)
 (ok(B * X :* bb, A * X :* w), all(Re(w :/ bb) :> 0))
+leftgeigensystemselectr(B, A, (0, 1), X = ., w = ., bb = .)
+(ok(conj(bb)' :* (X * B), conj(w)' :* (X * A)), all(abs(w) :<= abs(bb)))
+leftgeigensystemselecti(B, A, (1, 2), X = ., w = ., bb = .)
+leftgeigensystemselectf(B, A, &gsel(), U = ., V = ., Vt = .)
+(ok(conj(bb)' :* (X * B), conj(w)' :* (X * A)), rows(X), all(Re(V :/ Vt) :> 0))
 (ok(matpowersym(S, .5) * matpowersym(S, .5), S), ok(matlogsym(matexpsym(S)), S), ok(matpowersym(T, -1), luinv(T)))
 
 // Hessenberg and Schur forms
@@ -134,6 +148,7 @@ Toeplitz((1::3), (9, 8, 7, 6))
 Vandermonde((2 \ 3 \ 1i))
 ok(unitcircle(3), exp(2i * 3.14159265358979324 / 3 :* (0::2)))
 designmatrix((1 \ 3 \ 2 \ 1))
+e(2, 4)
 (vec(M), vec(M'), (vech((1, 2 \ 2, 4)) \ 0))
 invvech((1::6))
 ok(Dmatrix(3) * vech(S[|1, 1 \ 3, 3|]), vec(S[|1, 1 \ 3, 3|]))
@@ -151,6 +166,19 @@ meanvariance(X) == (mean(X) \ variance(X))
 ok(quadmeanvariance(X), meanvariance(X))
 (variance((1e9 \ 1e9 + 1 \ 1e9 + 2)), quadvariance((1e15 \ 1e15 + 1 \ 1e15 + 2)))
 (mean(J(0, 2, .)), variance(1))
+
+// Views give what their values give, and stay as they are.
+V = W = Y = .
+ov_view(V, ., ("x", "y"))
+ov_view(W, (2, 3), ("x", "y"))
+ov_view(Y, ., "y")
+v = V[., .]; w = W[., .]; y = Y[., .]
+svd(V, U = ., s = ., Vt = .)
+(ok(U * (s :* Vt), v), ok(qrsolve(V, Y), (0 \ 1)), ok(lusolve(W, W), I(2)), ok(eigenvalues(W), eigenvalues(w)), ok(fft(Y), fft(y)))
+(mean(V) == mean(v), variance(V) == variance(v), det(W) == det(w), ok(pinv(V), pinv(v)), vec(V) == vec(v), norm(V) == norm(v))
+qrd(V, Q = ., R = .)
+schurd(W, T = ., U = .)
+(ok(Q * R, v), ok(U * T * U', w), isview(V), isview(W), V[., .] == v)
 end
 capture noisily mosa: svd((1, .), U = ., s = ., Vt = .)
 capture noisily mosa: eigensystemselecti(A, (0, 2), X = ., L = .)

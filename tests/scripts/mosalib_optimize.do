@@ -150,6 +150,20 @@ optimize_init_evaluator(S, &hill())
 optimize_init_params(S, (2.5, 4))
 optimize_init_technique(S, "nr")
 round(optimize(S), .1)
+// A derivative that is wrong is told.
+void wrong(todo, p, v, g, H)
+{
+    banana(todo, p, v, g, H)
+    if (todo >= 1) g[2] = g[2] + 1
+}
+W = optimize_init()
+optimize_init_which(W, "min")
+optimize_init_params(W, (-1.2, 1))
+optimize_init_conv_maxiter(W, 0)
+optimize_init_conv_warning(W, "off")
+optimize_init_evaluatortype(W, "d1debug")
+optimize_init_evaluator(W, &wrong())
+p = optimize(W)
 optimize_init_evaluator(S, &cliff())
 optimize_init_tracelevel(S, "none")
 (_optimize(S), optimize_result_returncode(S))

@@ -288,3 +288,61 @@ TEST(MosaLinear, LapackOfOrder0)
     ms_begin();
     try_all(order0);
 }
+
+// Sizes, options and matrices that do not belong together: refused, or told by info, or run;
+// never written past an array.
+TEST(MosaLinear, LapackOfAnyArguments)
+{
+    static const struct {
+        const char *id, *spec;
+    } rows[] = {
+#define LA(handler, id, routine, spec) {id, spec},
+#include "mosa/lapack.def"
+#undef LA
+    };
+    ms_begin();
+    ASSERT_EQ(ms(R"(
+real matrix lm(real scalar n) return(runiform(n, n) :- .5)
+real colvector lv(real scalar n) return(runiform(n, 1) :* 4)
+real scalar lsel(a, | b) return(Re(a) > 0)
+)"),
+              0);
+    uint32_t state = 12345;
+    auto draw = [&](int n) {
+        state = state * 1664525u + 1013904223u;
+        return int(state >> 8) % n;
+    };
+    int ran = 0;
+    for (auto &r : rows)
+        for (int turn = 0; turn < 150; turn++) {
+            std::string call = std::string(r.id, strlen(r.id) - 1);
+            const char *glue = "";
+            int n = draw(5), spoil = draw(3);
+            for (const char *s = r.spec; *s; s++) {
+                bool odd = spoil && draw(12) == 0;
+                std::string size = std::to_string(odd ? draw(6) : n);
+                call += glue;
+                switch (*s) {
+                case 'c': call += std::string("\"") + "NVBLRASIEPUT"[draw(12)] + "\""; break;
+                case 'i': call += draw(4) ? size : std::to_string(draw(7) - 1); break;
+                case 'l':
+                case 'd': call += std::to_string(draw(3) - 1); break;
+                case 'f': call += "&lsel()"; break;
+                case 'x':
+                case 'y': call += "l" + std::to_string(s - r.spec) + "=lm(" + size + ")"; break;
+                case 'L':
+                case 'M': call += std::to_string(draw(4) - 1); break;
+                default: call += "l" + std::to_string(s - r.spec) + "=lv(" + size + ")"; break;
+                }
+                glue = ", ";
+                while (s[1] && *s != ' ')
+                    s++;
+            }
+            int32_t rc = ms(call + ")");
+            ran += rc == 0;
+            EXPECT_TRUE(rc == 0 || rc == 3200 || rc == 3300 || rc == 3251 || rc == 3253 ||
+                        rc == 3257 || rc == 3498)
+                << rc << " " << call << session_output;
+        }
+    EXPECT_GT(ran, 500);
+}
