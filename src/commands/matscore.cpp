@@ -16,6 +16,7 @@
 #include "output/fmt.h"
 #include "output/print.h"
 #include "stats/statparse.h"
+#include "varlist/terms.h"
 #include <cstring>
 #include <vector>
 
@@ -27,7 +28,9 @@ struct scorecmd {
     char name[33], matrix[33], eq[33] = "";
     double missval = misval;
     bool replace;
-    std::vector<int32_t> vars; // 0 for the constant
+    std::vector<int32_t> vars; // 0 for the constant, -k for term k
+    std::vector<termname> terms;
+    bool times = false;
     std::vector<double> b;
 };
 
@@ -75,7 +78,17 @@ int32_t find_columns(scorecmd *c)
     for (int32_t j = first; j <= last; j++) {
         const char *name = A.col[j].name;
         int32_t var = 0;
-        if (strcmp(name, "_cons")) {
+        termname t;
+        if (strchr(name, '.')) {
+            if (term_read(name, &t) && term_isomitted(t))
+                continue;
+            if (int32_t rc = ti_fv_findvar(name, &t))
+                return rc;
+            for (int32_t i = 0; i < t.n; i++)
+                c->times |= t.part[i].ts.any();
+            c->terms.push_back(t);
+            var = -int32_t(c->terms.size());
+        } else if (strcmp(name, "_cons")) {
             if (!(var = sysfindvar(name)))
                 return varnotfound(name);
             if (t_isstr(_typlist[var - 1]))
@@ -84,7 +97,7 @@ int32_t find_columns(scorecmd *c)
         c->vars.push_back(var);
         c->b.push_back(umat_el(A.m, 1, j + 1));
     }
-    return 0;
+    return c->times ? ts_init() : 0;
 }
 
 // The variable to fill: an old one with replace, else a new one behind the others.
@@ -104,7 +117,9 @@ double value_at(const scorecmd *c, int32_t obs)
     double sum = 0;
     for (size_t j = 0; j < c->vars.size(); j++) {
         int32_t v = c->vars[j];
-        double z = v ? dsa_data(sysdsa, uint32_t(v), uint32_t(obs)) : 1;
+        double z = v > 0   ? dsa_data(sysdsa, uint32_t(v), uint32_t(obs))
+                   : v < 0 ? fv_xeq(c->terms[size_t(-v) - 1], obs)
+                           : 1;
         if (z >= misval)
             return c->missval;
         sum += c->b[j] * z;

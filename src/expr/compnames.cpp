@@ -74,7 +74,7 @@ static bool pointed_name(span s, const char *name)
 {
     termname t;
     if (term_read(name, &t)) {
-        if (int32_t rc = fv_column(name, &t))
+        if (int32_t rc = ti_fv_findvar(name, &t))
             comp_fail(rc);
         comp_term(t);
         return true;

@@ -44,7 +44,7 @@ bool xeq_terms(xeqrun *m, int32_t op)
         ts.diff = w[5];
         ts.span[0] = w[6];
         ts.span[1] = w[7];
-        double z = m->row ? ts_value(w[0], ts, m->obs) : misval;
+        double z = m->row ? rcpxeq(w[0], ts, m->obs) : misval;
         if (z < misval && w[1])
             z = z == (int32_t(uint16_t(w[2])) | int32_t(w[3]) << 16);
         v = v < misval && z < misval ? v * z : misval;

@@ -10,6 +10,7 @@
 #include "interp/interp.h"
 #include "interp/macros.h"
 #include "interp/messages.h"
+#include "varlist/terms.h"
 #include "output/fmt.h"
 #include "output/print.h"
 #include <cstdio>
@@ -150,8 +151,30 @@ void out_missing(int32_t marker, int32_t var, const sample &s)
     }
 }
 
+// Operated variables are out where their value is missing; levels where the variable is.
+int32_t out_operated(int32_t marker, const char *names, const sample &s)
+{
+    fvspec spec;
+    int32_t rc = fv_text(names, FV_TS | FV_FACTOR, &spec);
+    if (!rc && (spec.has & FV_TS))
+        rc = ts_init();
+    for (size_t k = 0; k < spec.term.size() && !rc; k++)
+        for (const fvatom &a : spec.term[k].part) {
+            if (!a.ts.any()) {
+                out_missing(marker, a.var, s);
+                continue;
+            }
+            for (int32_t i = 1; i <= _Nobs; i++)
+                if (rcpxeq(a.var, a.ts, i) >= misval)
+                    dsa_store(0, sysdsa, uint32_t(marker), uint32_t(i));
+        }
+    return rc;
+}
+
 int32_t out_list(int32_t marker, const char *names, const sample &s)
 {
+    if (fv_needed(names))
+        return out_operated(marker, names, s);
     std::unique_ptr<int32_t[]> v(new (std::nothrow) int32_t[size_t(max_theory_k) + 1]);
     if (!v)
         return error(RC_NOMEM);

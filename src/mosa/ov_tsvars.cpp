@@ -46,7 +46,7 @@ int32_t make_operated(const termname &t)
     for (int32_t obs = 1; obs <= _Nobs && !rc; obs++) {
         if ((obs & 0xfff) == 0 && fault_poll())
             rc = stopflag;
-        dsa_store(fv_value(t, obs), sysdsa, uint32_t(var), uint32_t(obs));
+        dsa_store(fv_xeq(t, obs), sysdsa, uint32_t(var), uint32_t(obs));
     }
     strcut(label, sizeof label, term_write(t).c_str());
     if (!rc)

@@ -221,7 +221,7 @@ static double v_term(const matobj *v, int32_t i, int32_t j)
         if (var < 1 || var > _Kvar || t_isstr(_typlist[var - 1]))
             return misval;
     }
-    return fv_value(t, n);
+    return fv_xeq(t, n);
 }
 
 int32_t v_fvxeqinit(matobj *v)

@@ -54,10 +54,14 @@ static void accumerr4(crossprod *p, const double *d, int64_t stride, const doubl
 {
     for (int32_t i = 0; i < p->k; i++) {
         v4 f[4];
+        bool any = false;
         for (int r = 0; r < 4; r++) {
             double wd = w[r] * d[r * stride + i];
+            any |= wd != 0;
             f[r] = v4{wd, wd, wd, wd};
         }
+        if (!any)
+            continue;
         double *s = p->s + int64_t(i) * p->ld, *c = p->c + int64_t(i) * p->ld;
         for (int32_t j = i & ~3; j < p->ld; j += 4) {
             v4 x, y, z, u, a, e;

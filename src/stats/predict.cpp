@@ -193,7 +193,7 @@ int32_t find_term(predcmd *c, const char *name, int32_t *var)
         *var = left_out;
         return 0;
     }
-    int32_t rc = fv_column(name, &t);
+    int32_t rc = ti_fv_findvar(name, &t);
     if (rc)
         return rc;
     bool had = false, ts = false;
@@ -269,7 +269,7 @@ int32_t need(predcmd *c)
         std::string name = macro_of("depvar");
         if (name.find('.') != std::string::npos) {
             termname t;
-            int32_t rc = fv_column(name.c_str(), &t);
+            int32_t rc = ti_fv_findvar(name.c_str(), &t);
             if (rc || (rc = ts_init()))
                 return rc;
             c->dep = t.part[0].var;
@@ -352,7 +352,7 @@ double linear(predcmd *c, int32_t obs)
         int32_t v = c->var[size_t(j)];
         double z = v > 0            ? dsa_data(sysdsa, uint32_t(v), uint32_t(obs))
                    : v == left_out ? 0
-                   : v             ? fv_value(c->terms[size_t(-v) - 1], obs)
+                   : v             ? fv_xeq(c->terms[size_t(-v) - 1], obs)
                                    : 1;
         if (z >= misval)
             return misval;
@@ -390,7 +390,7 @@ int32_t group_effects(predcmd *c)
         if (sample && dsa_data(sysdsa, uint32_t(sample), uint32_t(obs)) != 1)
             continue;
         int32_t g = group_at(&c->groups, obs);
-        double y = ts_value(c->dep, c->depts, obs), xb = linear(c, obs);
+        double y = rcpxeq(c->dep, c->depts, obs), xb = linear(c, obs);
         double w = weight.empty() ? 1 : xeqforby(&pgm, obs);
         if (g < 0 || y >= misval || xb >= misval || w >= misval)
             continue;
@@ -428,7 +428,7 @@ double value_at(predcmd *c, int32_t obs)
         return xb;
     if (c->what <= PS_YSTAR && c->what >= PS_PR)
         return interval_value(c, xb, obs);
-    double y = c->dep ? ts_value(c->dep, c->depts, obs) : 0;
+    double y = c->dep ? rcpxeq(c->dep, c->depts, obs) : 0;
     if (y >= misval)
         return misval;
     if (c->what == PS_RESID || c->what == PS_DRESID)

@@ -108,6 +108,7 @@ static int32_t group_means(regjob *r)
 int32_t reg_build(regjob *r)
 {
     auto k = int32_t(r->vars.size());
+    r->rows.zeromarked = true;
     int32_t rc = dr_open(&r->rows, r->vars.data(), k);
     if (rc || (rc = cp_open(&r->cp, k, r->cons)))
         return rc;

@@ -21,7 +21,7 @@ static int32_t open_columns(datarows *d)
     if (!any)
         return 0;
     d->fv = new (std::nothrow) fvcolumns;
-    return d->fv ? fvc_open(d->fv, fv_current.col, block_rows) : error(RC_NOMEM);
+    return d->fv ? fvc_open(d->fv, fv_current.col, block_rows, d->zeromarked) : error(RC_NOMEM);
 }
 
 int32_t dr_open(datarows *d, const int32_t *vars, int32_t k)

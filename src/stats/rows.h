@@ -21,6 +21,7 @@ struct datarows {
     int32_t n = 0;           // rows in the block
     int32_t next = 0;        // observation to look at
     bool keepmissing = false;  // rows with missing values stay
+    bool zeromarked = false;   // columns that are left out from the first hold zeros
     rowvalues rv;
     datarows() = default;
     datarows(const datarows &) = delete;

@@ -117,7 +117,7 @@ int32_t make_variable(revar *r, const termname &t, int32_t *var)
     for (int32_t i = 1; i <= _Nobs; i++) {
         if ((i & 0xffff) == 0 && fault_poll())
             return stopflag;
-        double z = fv_value(t, i);
+        double z = fv_xeq(t, i);
         dsa_store(z, sysdsa, uint32_t(*var), uint32_t(i));
     }
     char label[81];

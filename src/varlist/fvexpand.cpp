@@ -78,8 +78,7 @@ int32_t find_levels(factor *f, const uint8_t *use)
             return stopflag;
         if (use && !use[i])
             continue;
-        double z =
-            ts ? ts_value(f->var, f->ts, i) : dsa_data(sysdsa, uint32_t(f->var), uint32_t(i));
+        double z = ts ? rcpxeq(f->var, f->ts, i) : dsa_data(sysdsa, uint32_t(f->var), uint32_t(i));
         if (z >= misval)
             continue;
         if (!(z >= 0 && z <= 1e9) || z != std::floor(z))
@@ -312,10 +311,16 @@ int32_t fv_markout(const fvspec &s, uint8_t *use)
             if (known)
                 continue;
             seen.push_back(&a);
+            uint8_t type = _typlist[a.var - 1];
+            uint32_t at = sysdsa->offset[a.var - 1];
             for (int32_t i = 1; i <= _Nobs; i++) {
                 if ((i & 0xffff) == 0 && fault_poll())
                     return stopflag;
-                if (use[i] && ts_value(a.var, a.ts, i) >= misval)
+                if (!use[i])
+                    continue;
+                double z = a.ts.any() ? rcpxeq(a.var, a.ts, i)
+                                      : cell_data(type, dsa_obsptr(sysdsa, uint32_t(i)) + at);
+                if (z >= misval)
                     use[i] = 0;
             }
         }
@@ -338,7 +343,7 @@ bool fv_findvars(termname *t, bool abbrev)
     return true;
 }
 
-int32_t fv_column(const char *name, termname *out)
+int32_t ti_fv_findvar(const char *name, termname *out)
 {
     if (!term_read(name, out) || !fv_findvars(out, true))
         return varnotfound(name);

@@ -6,12 +6,12 @@
 #include "interp/messages.h"
 #include "varlist/terms.h"
 
-double fv_value(const termname &t, int32_t obs)
+double fv_xeq(const termname &t, int32_t obs)
 {
     double v = 1;
     for (int32_t i = 0; i < t.n; i++) {
         const termpart &p = t.part[i];
-        double z = ts_value(p.var, p.ts, obs);
+        double z = rcpxeq(p.var, p.ts, obs);
         if (z >= misval)
             return misval;
         if (p.kind == TP_LEVEL)
@@ -30,7 +30,7 @@ static int32_t source_of(fvcolumns *c, const termpart &p)
     return int32_t(c->src.size()) - 1;
 }
 
-int32_t fvc_open(fvcolumns *c, const std::vector<termname> &col, int32_t rows)
+int32_t fvc_open(fvcolumns *c, const std::vector<termname> &col, int32_t rows, bool zeromarked)
 {
     *c = fvcolumns{};
     bool ts = false;
@@ -39,7 +39,8 @@ int32_t fvc_open(fvcolumns *c, const std::vector<termname> &col, int32_t rows)
         for (int32_t i = 0; i < t.n; i++) {
             const termpart &p = t.part[i];
             ts |= p.ts.any();
-            c->piece_.push_back({source_of(c, p), p.level, p.kind == TP_LEVEL});
+            bool zero = zeromarked && term_isomitted(t);
+            c->piece_.push_back({source_of(c, p), p.level, p.kind == TP_LEVEL, zero});
         }
     }
     c->first.push_back(int32_t(c->piece_.size()));
@@ -55,7 +56,7 @@ void fvc_read(fvcolumns *c, const int32_t *obs, int32_t n)
         double *to = &c->val[s * rows];
         if (f.ts.any()) {
             for (int32_t i = 0; i < n; i++)
-                to[i] = ts_value(f.var, f.ts, obs[i]);
+                to[i] = rcpxeq(f.var, f.ts, obs[i]);
             continue;
         }
         uint32_t at = sysdsa->offset[f.var - 1];
@@ -73,7 +74,8 @@ void fvc_column(const fvcolumns *c, int32_t j, int32_t n, double *out, int32_t s
         const fvcolumns::piece &p = c->piece_[size_t(k)];
         const double *z = &c->val[size_t(p.src) * rows];
         for (int32_t i = 0; i < n; i++) {
-            double v = z[i], x = p.indicator && v < misval ? double(v == p.level) : v;
+            double v = z[i];
+            double x = v >= misval ? v : p.zero ? 0 : p.indicator ? double(v == p.level) : v;
             double *o = out + int64_t(i) * stride;
             if (k == from)
                 *o = x;

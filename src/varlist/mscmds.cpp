@@ -469,7 +469,7 @@ int32_t msbuildinfo(int32_t)
             bool in = true;
             for (int32_t i = 0; i < cols[j].n; i++) {
                 const termpart &p = cols[j].part[i];
-                double z = ts_value(p.var, p.ts, obs);
+                double z = rcpxeq(p.var, p.ts, obs);
                 in &= p.kind == TP_LEVEL ? z == p.level : z < misval;
             }
             seen[j] = in;

@@ -66,7 +66,7 @@ struct fvlist {
 // Takes those out of use where a variable of the list is missing.
 [[nodiscard]] int32_t fv_markout(const fvspec &s, uint8_t *use);
 // One column, by its name: 0, or 111 with words. Names may be abbreviated.
-[[nodiscard]] int32_t fv_column(const char *name, termname *out);
+[[nodiscard]] int32_t ti_fv_findvar(const char *name, termname *out);
 bool fv_findvars(termname *t, bool abbrev); // the numbers of its variables, quiet
 
 // Does a column belong to a term? The term's levels, if it tells some, must be those.
@@ -82,9 +82,9 @@ std::string fv_fullname(const char *name);
 // ---- values
 // Reads the time settings when an operator needs them; 0, 111, 5 or 451 with words.
 [[nodiscard]] int32_t ts_init();
-void ts_renumber(int32_t n);  // variable n went away
-double ts_value(int32_t var, const tsops &ts, int32_t obs);
-double fv_value(const termname &t, int32_t obs); // misval where a part is missing
+void ts_renumber(int32_t n); // variable n went away
+double rcpxeq(int32_t var, const tsops &ts, int32_t obs);
+double fv_xeq(const termname &t, int32_t obs); // misval where a part is missing
 
 // Columns of a list over blocks of observations: each variable is read once a row.
 struct fvcolumns {
@@ -94,14 +94,16 @@ struct fvcolumns {
     };
     struct piece {
         int32_t src, level;
-        bool indicator;
+        bool indicator, zero;
     };
     std::vector<source> src;
     std::vector<piece> piece_;
     std::vector<int32_t> first; // of each column in piece_, with one more at the end
     std::vector<double> val;    // src by rows of a block
 };
-[[nodiscard]] int32_t fvc_open(fvcolumns *c, const std::vector<termname> &col, int32_t rows);
+// With zeromarked what is left out reads as 0 (and missing as ever): nobody needs its values.
+[[nodiscard]] int32_t fvc_open(fvcolumns *c, const std::vector<termname> &col, int32_t rows,
+                               bool zeromarked = false);
 void fvc_read(fvcolumns *c, const int32_t *obs, int32_t n);
 void fvc_column(const fvcolumns *c, int32_t j, int32_t n, double *out, int32_t stride);
 

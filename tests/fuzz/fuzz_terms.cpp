@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *p, size_t n)
         std::string name = term_write(l.col[k]);
         if (name != term_write(m.col[k]) || !term_read(name.c_str(), &t) || term_write(t) != name)
             abort();
-        (void)fv_value(l.col[k], 3);
+        (void)fv_xeq(l.col[k], 3);
     }
     return 0;
 }

@@ -46,11 +46,14 @@ program Vif, rclass
 	if "`e(wtype)'" != "" {
 		local w [`e(wtype)'`e(wexp)']
 	}
+	* levels and products become variables for as long as this runs
+	fvrevar `names'
+	local vars `r(varlist)'
 	_estimates hold `hold', restore
 	matrix `v' = J(1, `n', .)
 	forvalues i = 1/`n' {
-		local x : word `i' of `names'
-		local others : list names - x
+		local x : word `i' of `vars'
+		local others : list vars - x
 		quietly _regress `x' `others' if `touse' `w'
 		matrix `v'[1, `i'] = 1/(1 - e(r2))
 		local total = 0`total' + `v'[1, `i']

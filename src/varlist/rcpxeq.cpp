@@ -115,7 +115,7 @@ static double differences(int32_t var, int32_t obs, int32_t lag, int32_t order)
     return sum;
 }
 
-double ts_value(int32_t var, const tsops &o, int32_t obs)
+double rcpxeq(int32_t var, const tsops &o, int32_t obs)
 {
     if (!o.any())
         return cell(var, obs);
