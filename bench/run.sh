@@ -11,7 +11,7 @@ cd "$work"
 export OVATA_EDITION=full HOME="$work"
 "$program" -q -b do "$here/work/csvwrite.do"
 "$program" -q -b do "$here/work/data20.do"
-[ $# -gt 0 ] || set -- startup generate1m generate10m promote1m loop1m while200k calls200k csvread sort1m by100k use1m save1m sort20 merge1m draws10m regress1m regress100 library1m mosaloop mosaorder mosaarrays mosacalls mosacolon mosaproduct mosasolve mosasvd mosaeigen mosaschur mosaqr mosafft
+[ $# -gt 0 ] || set -- startup generate1m generate10m promote1m loop1m while200k calls200k csvread sort1m by100k use1m save1m sort20 merge1m draws10m regress1m regress100 library1m mosaloop mosaorder mosaarrays mosacalls mosacolon mosadata mosastore mosaview mosaproduct mosasolve mosasvd mosaeigen mosaschur mosaqr mosafft
 for name in "$@"; do
     "$program" -q -b do "$here/work/$name.do"
     if grep -q '^r([0-9]*);' "$name.log"; then echo "$name failed:"; tail -3 "$name.log"; exit 1; fi

@@ -1,7 +1,7 @@
 #!/bin/sh
 # Compiles the functions of ado/mosa into the library that every session searches first.
 #   tools/mosa-library.sh PROGRAM ado/mosa/*.mosa    writes ado/base/l/lmosabase.mlib
-# The same sources give the same bytes. The library is put in its place in one step, so that
+# MOSA_LIBRARY names another file to write. The same sources give the same bytes. The library is put in its place in one step, so that
 # sessions under way never see half of it.
 set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -32,6 +32,7 @@ fail() {
 ) || fail "the sources do not compile"
 grep '^note: ' "$work/make.log" >&2 || true
 [ -f "$work/lmosabase.mlib" ] || fail "no library was made"
-mkdir -p "$here/ado/base/l"
-cp "$work/lmosabase.mlib" "$here/ado/base/l/lmosabase.mlib.$$"
-mv "$here/ado/base/l/lmosabase.mlib.$$" "$here/ado/base/l/lmosabase.mlib"
+library=${MOSA_LIBRARY:-$here/ado/base/l/lmosabase.mlib}
+mkdir -p "$(dirname "$library")"
+cp "$work/lmosabase.mlib" "$library.$$"
+mv "$library.$$" "$library"

@@ -345,7 +345,8 @@ static int32_t set_names(char side, char what)
         size_t colon = word.find(':');
         std::string eq = what == 'e' ? word : colon != std::string::npos ? word.substr(0, colon) : "";
         std::string own = what == 'e' ? "" : colon != std::string::npos ? word.substr(colon + 1) : word;
-        if (eq.size() > 32 || own.size() > size_t(term_maxname))
+        if (eq.size() > 32 || own.size() > size_t(term_maxname) ||
+            (own.size() > 32 && own.find('.') == std::string::npos))
             return invalid(word.c_str());
         if (count == n)
             return error(503);

@@ -37,7 +37,8 @@ int32_t ov_open(const char *name, ov_mode mode)
         return mode == OV_READ || mode == OV_UPDATE ? -RC_FILENOTFOUND : -RC_FILEOPEN;
     if (errno == EEXIST)
         return -RC_FILEEXISTS;
-    if (mode != OV_READ && errno == EACCES && path_isfile(path))
+    bool kept = errno == EACCES || errno == EROFS || errno == ETXTBSY;
+    if (mode != OV_READ && kept && path_isfile(path))
         return -608;
     return -RC_FILEOPEN;
 }

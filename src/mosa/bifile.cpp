@@ -277,13 +277,20 @@ void fread_of(int32_t argc, const char *id, bool quiet)
 {
     m_xeqerrid = id;
     openfile *f;
-    int32_t rc = reading(bi_arg(argc, 1), &f), n;
-    if (m_xrc || !bi_int(bi_arg(argc, 2), 0, INT_MAX - 16, &n))
+    double n;
+    int32_t rc = reading(bi_arg(argc, 1), &f);
+    if (m_xrc || !bi_real(bi_arg(argc, 2), &n))
         return;
+    if (!(n >= 0 && n <= 9007199254740992.0)) {
+        bi_fail(3300);
+        return;
+    }
     if (rc)
         return read_end(argc, f, quiet, rc, "");
     int64_t left = ov_left(f->fd), here = f->held - f->at;
-    int64_t want = left < 0 ? n : std::min<int64_t>(n, left + here);
+    int64_t want = left < 0 ? int64_t(n) : std::min(int64_t(n), left + here);
+    if (want > INT_MAX - 16)
+        return read_end(argc, f, quiet, E_TOOLARGE, "");
     matobj *m = m_mktmat(MO_STRING, 1, 1);
     if (!m || selrecreate(m, 0, want)) {
         if (m)
@@ -291,8 +298,8 @@ void fread_of(int32_t argc, const char *id, bool quiet)
         return;
     }
     int64_t got = want ? read_bytes(f, mo_sel(m)[0] + 4, want) : 0;
-    f->status = got || !n ? 0 : errno ? -E_IO : at_end;
-    if (got == want && (got || !n))
+    f->status = got || n < 1 ? 0 : errno ? -E_IO : at_end;
+    if (got == want && (got || n < 1))
         return m_result(argc, m);
     std::string bytes(got ? mo_sel(m)[0] + 4 : "", size_t(got));
     mo_free(m);

@@ -322,9 +322,7 @@ int32_t mosa_mosave(int32_t)
     if ((rc = mlib_create(made.c_str(), ml_mocapacity)))
         return rc;
     int32_t fd = mlib_init(h.get(), made.c_str(), ML_WRITE, false), added;
-    if (fd < 0)
-        return -fd;
-    rc = mlib_fancyadd(fd, h.get(), list[0], o.complete, &added);
+    rc = fd < 0 ? -fd : mlib_fancyadd(fd, h.get(), list[0], o.complete, &added);
     ov_close(fd);
     if (!rc)
         return settle(made, path);

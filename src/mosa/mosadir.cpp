@@ -1,6 +1,7 @@
 // The commands about what the matrix language holds: describe, drop, clear, rename, which,
 // memory. In the sanitized build `mosa describe NAME(), code` lists the instructions too.
 #include "core/rc.h"
+#include "data/variables.h"
 #include "interp/interp.h"
 #include "interp/messages.h"
 #include "interp/tokens.h"
@@ -14,6 +15,7 @@
 #include "output/print.h"
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -233,25 +235,31 @@ int32_t mosa_rename(int32_t)
     return 0;
 }
 
+// mosa which f(), mosa which c::f(), brackets or not
 int32_t mosa_which(int32_t)
 {
-    std::string name = ti_gettok(tokinfo, prsestd);
-    if (ti_peektok_chr(tokinfo) == '(') {
-        ti_gettok(tokinfo, prsestd);
-        ti_gettok(tokinfo, prsestd);
+    std::string name = rest_of_line(), cls;
+    while (!name.empty() && strchr(" ()", name.back()))
+        name.pop_back();
+    std::string shown_name = name;
+    if (size_t colons = name.find("::"); colons != name.npos) {
+        cls = name.substr(0, colons);
+        name.erase(0, colons + 2);
     }
-    if (name.empty() || *ti_gettok(tokinfo, prsestd))
+    if (chkname(name.c_str(), true) || (!cls.empty() && chkname(cls.c_str(), true)))
         return errout(RC_SYNTAX, "invalid syntax\n");
     std::string where;
-    if (ismosabuiltin(name.c_str()))
+    const matobj *f =
+        cls.empty() ? mo_findfcn("", name.c_str(), "") : mo_findfcn("", cls.c_str(), name.c_str());
+    if (cls.empty() && ismosabuiltin(name.c_str()))
         where = "built-in";
-    else if (const matobj *f = mo_findfcn("", name.c_str(), ""); f && !f->view)
+    else if (f && !f->view)
         where = "in memory";
-    else if (!m_autosearch("", name.c_str(), &where) && f)
+    else if (!m_autosearch(cls.c_str(), name.c_str(), &where) && f)
         where = "loaded from a library";
     if (where.empty())
-        return errout(RC_NOTFOUND, "function %s() not found\n", name.c_str());
-    spout21f("  %s():  %s\n", name.c_str(), where.c_str());
+        return errout(RC_NOTFOUND, "function %s() not found\n", shown_name.c_str());
+    spout21f("  %s():  %s\n", shown_name.c_str(), where.c_str());
     return 0;
 }
 

@@ -185,7 +185,7 @@ matobj *emo_find(const char *cls, const char *name, const char *subname)
     matobj *f = mo_findfcn(cls, name, subname);
     if (!f && m_autoload)
         f = *subname ? m_autoload(name, subname) : m_autoload("", name);
-    return f && f->rows >= 3 ? f : nullptr;
+    return f;
 }
 
 // Pushes the function whose link is behind pc, from the cache when that still holds. The

@@ -7,6 +7,7 @@
 #include "interp/messages.h"
 #include "mosa/bi_int.h"
 #include "mosa/bihandlers.h"
+#include "mosa/ov_names.h"
 #include "output/print.h"
 #include <cstring>
 #include <string>
@@ -19,24 +20,11 @@ void result_of(int32_t argc, double z)
     m_result(argc, m_mktsmatsto(z));
 }
 
-// The line with its macros expanded, the console as it was.
-int32_t expanded(std::string *line)
-{
-    if (line->size() > size_t(conslen))
-        return errout(RC_TOOLONG, "command too long\n");
-    std::string was = console;
-    memcpy(console, line->c_str(), line->size() + 1);
-    int32_t rc = macexp();
-    *line = console;
-    memcpy(console, was.c_str(), was.size() + 1);
-    return rc;
-}
-
 // A command of the host, quietly when told, its words expanded unless told.
 int32_t run_command(std::string line, bool quiet, bool asis)
 {
     uint8_t was = s_outlev, level = c_outlev;
-    int32_t rc = asis ? 0 : expanded(&line);
+    int32_t rc = asis ? 0 : ov_expandline(&line);
     if (quiet && s_outlev < 3)
         s_outlev = 3;
     c_outlev = 0;

@@ -338,10 +338,9 @@ std::string adorned(const std::string &where, const std::string &what, const std
     return where.back() == ')' ? where.substr(0, where.size() - 1) + name + ")" : name;
 }
 
-// ---- expansion
+} // namespace
 
-// The line with its macros expanded, the console and its tokens as they were.
-int32_t expand(std::string *line)
+int32_t ov_expandline(std::string *line)
 {
     if (line->size() > size_t(conslen))
         return errout(RC_TOOLONG, "command too long\n");
@@ -355,8 +354,6 @@ int32_t expand(std::string *line)
     ti_return_gettok(tokinfo, &saved);
     return rc;
 }
-
-} // namespace
 
 void biov_local(int32_t argc)
 {
@@ -464,7 +461,7 @@ void biov_macroexpand(int32_t argc)
 {
     m_xeqerrid = "ov_macroexpand()";
     std::string line;
-    if (ov_string(m_arg(0), &line) && !ov_failed(expand(&line)))
+    if (ov_string(m_arg(0), &line) && !ov_failed(ov_expandline(&line)))
         ov_text(argc, line);
 }
 
@@ -479,7 +476,7 @@ void bi_ov_macroexpand(int32_t argc)
     int32_t rc;
     {
         ov_hush keep(true);
-        rc = expand(&line);
+        rc = ov_expandline(&line);
     }
     if (rc == RC_BREAK) {
         m_xrc = 1;

@@ -18,3 +18,5 @@ bool ov_readname(const matobj *m, ov_name *out);
 // The third argument of a write, "visible", "hidden" or "historical", as category 0, 1 or 2.
 bool ov_readcategory(int32_t argc, int32_t k, int32_t *cat);
 const char *ov_categoryword(int32_t cat);
+// A line with its macros expanded, the console and its tokens as they were. 0 or a code.
+int32_t ov_expandline(std::string *line);

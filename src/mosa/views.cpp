@@ -273,4 +273,5 @@ void v_upvarnums(int32_t n)
             if (numbers(m)[j] > n)
                 numbers(m)[j]--;
     renumber_terms(n);
+    ts_renumber(n);
 }

@@ -351,7 +351,7 @@ static bool fit_to_run(matobj *f)
     dmrec *r = dm_rec(f);
     if (r->a == 1)
         return true;
-    if (!f->rows) { // a record that never got its code
+    if (f->rows < 3) { // a record that never got its code
         m_xrc = 3995;
         return false;
     }

@@ -82,6 +82,7 @@ std::string fv_fullname(const char *name);
 // ---- values
 // Reads the time settings when an operator needs them; 0, 111, 5 or 451 with words.
 [[nodiscard]] int32_t ts_init();
+void ts_renumber(int32_t n);  // variable n went away
 double ts_value(int32_t var, const tsops &ts, int32_t obs);
 double fv_value(const termname &t, int32_t obs); // misval where a part is missing
 

@@ -60,11 +60,21 @@ int32_t ts_init()
     return check_order();
 }
 
+void ts_renumber(int32_t n)
+{
+    if (ts.tvar == n || ts.pvar == n)
+        ts.tvar = ts.pvar = 0;
+    ts.tvar -= ts.tvar > n;
+    ts.pvar -= ts.pvar > n;
+}
+
 // The observation lag units before obs in its panel, 0 when there is none.
 static int32_t find(int32_t obs, int32_t lag)
 {
     if (!lag)
         return obs;
+    if (ts.tvar < 1 || ts.tvar > _Kvar || ts.pvar > _Kvar)
+        return 0;
     double t = cell(ts.tvar, obs);
     if (t >= misval)
         return 0;

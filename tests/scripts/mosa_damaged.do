@@ -1,4 +1,5 @@
 * what damaged files, wrong handles and missing libraries raise
+set mosaoptimize on
 mosa
 real scalar good() return(3)
 struct box { real scalar a }

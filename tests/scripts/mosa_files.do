@@ -123,8 +123,44 @@ end
 capture noisily mosa: mkdir("verse.txt")
 capture noisily mosa: chdir("none")
 capture noisily mosa: rmdir("none")
-capture noisily mosa: cat("none")
-capture noisily mosa: f = fopen("verse.txt", "w")
-capture noisily mosa: fclose(33)
 capture noisily mosa: ftell(33)
 capture noisily mosa: bufbyteorder(C, 3)
+
+* each code of files, by what raises it
+capture noisily mosa: cat("none")
+capture noisily mosa: fopen("verse.txt", "w")
+capture noisily mosa: fopen("none/verse.txt", "w")
+capture noisily mosa: fopen("/proc/self/exe", "rw")
+mosa: f = fopen("verse.txt", "r")
+capture noisily mosa: fgetmatrix(f)
+mkdir sub
+capture noisily mosa: unlink("sub")
+mosa: g = fopen("/dev/full", "a")
+capture noisily mosa: fput(g, "x")
+capture noisily mosa: fclose(33)
+capture noisily mosa: fopen("", "r")
+capture noisily mosa: fopen("verse.txt", "read")
+mosa
+h = J(1, 50, .)
+for (i = 1; i <= 48; i++) h[i] = fopen("verse.txt", "r")
+end
+capture noisily mosa: fopen("verse.txt", "r")
+mosa
+for (i = 1; i <= 48; i++) fclose(h[i])
+h = fopen("hole", "rw")
+fseek(h, 3e9, -1)
+fput(h, "end")
+fseek(h, 0, -1)
+end
+capture noisily mosa: fread(h, 4e9)
+mosa: (rows(_fread(h, 4e9)), fstatus(h))
+mosa: (_fseek(h, -4, 1), _fseek(h, 0, 1) - fsize(h))
+capture noisily mosa: fput(f, "x")
+capture noisily mosa: fget(g)
+capture noisily mosa: fseek(g, 0, -1)
+mosa
+fclose(f)
+fclose(g)
+fclose(h)
+unlink("hole")
+end

@@ -109,6 +109,8 @@ end
 mosa which twice()
 mosa which thrice
 mosa which bank()
+mosa which savings::kind()
+capture noisily mosa which savings::get()
 mosa which abs()
 capture noisily mosa which none()
 mosa describe *()

@@ -473,6 +473,25 @@ TEST(MlibLoad, TheListOfLibraries)
     EXPECT_EQ(m_nlibpath, 0);
 }
 
+// Every function of the library that comes with the program is fit to run, and can be reached.
+TEST(MlibLoad, TheLibraryOfTheSystem)
+{
+    ms_begin();
+    library lib(OVATA_SOURCE_DIR "/ado/base/l/lmosabase.mlib", ML_READ);
+    ASSERT_GE(lib.fd, 0) << "the target mosa_library makes it";
+    EXPECT_GT(lib.h->nmembers, 20);
+    for (int32_t k = 0; k < lib.h->nmembers; k++) {
+        const char *cls = lib.h->cls[k], *name = lib.h->name[k];
+        EXPECT_FALSE(!*cls && ismosabuiltin(name)) << name << "() is built in";
+        const matobj *f = m_autoload(cls, name);
+        ASSERT_NE(f, nullptr) << cls << " " << name;
+        const char *why = f->cols == MT_STRUCTDEF  ? sd_check(mo_code(f), f->rows)
+                          : f->cols == MT_CLASSDEF ? cls_check(mo_code(f), f->rows)
+                                                   : m_checkcode(mo_code(f), f->rows);
+        EXPECT_EQ(why, nullptr) << cls << " " << name << " " << why;
+    }
+}
+
 // More than the cache may hold goes between statements, the longest unused first.
 TEST(MlibLoad, TheCacheGivesBack)
 {

@@ -2,6 +2,7 @@
 #include "../mosa_asm.h"
 #include "core/mem.h"
 #include "mosabi.h"
+#include <iterator>
 
 namespace
 {
@@ -123,6 +124,57 @@ TEST(MosaOv, StoringWidensTheType)
     EXPECT_EQ(_typlist[4], T_BYTE);
     EXPECT_EQ(value("(W[1], W[2], W[3] == .b)"), "R1,3:1 . 1");
     EXPECT_EQ(dsa_check(sysdsa), 0);
+}
+
+// Value after value, the command and the function come to the same types and cells.
+TEST(MosaOv, StoresAsReplaceDoes)
+{
+    static const char *const values[] = {"1",     "-127", "-128",     "100",        "101",  "32740",
+                                         "32741", "1.5",  "16777217", "2147483620", "1e10", ".b",
+                                         "-0.1",  "3e9",  "-32768",   "2147483621", "."};
+    constexpr size_t n = std::size(values);
+    for (const char *type : {"byte", "int", "long", "float", "double"})
+        for (size_t start = 0; start < n; start++) {
+            ms_begin();
+            host("clear");
+            host("set obs 6");
+            host((std::string("quietly generate ") + type + " a = 0").c_str());
+            host((std::string("quietly generate ") + type + " b = 0").c_str());
+            std::string all;
+            for (size_t k = 0; k < 6; k++) {
+                const char *v = values[(start + k * (start % 5 + 1)) % n];
+                host(("quietly replace a = " + std::string(v) + " in " + std::to_string(k + 1))
+                         .c_str());
+                all += (k ? "\\" : "") + std::string(v);
+            }
+            ASSERT_EQ(ms("ov_store(., \"b\", (" + all + "))"), 0) << all;
+            EXPECT_EQ(_typlist[0], _typlist[1]) << type << " " << all;
+            for (uint32_t i = 1; i <= 6; i++)
+                EXPECT_EQ(dsa_data(sysdsa, 1, i), dsa_data(sysdsa, 2, i)) << type << " " << all;
+        }
+}
+
+// A break that comes while values are looked at: all or nothing.
+TEST(MosaOv, BreaksLeaveAll)
+{
+    for (const char *call : {"ov_store(., (3, 2), Y)", "X = ov_data(., (1, 2), 0)",
+                             "ov_dropobsif(Y[., 1])", "ov_view(X, ., ., \"b\")"})
+        for (int64_t n = 1; n < 20; n++) {
+            begin();
+            host("quietly set obs 6000");
+            ASSERT_EQ(ms("X = .\nY = (J(6000,1,300), J(6000,1,1e9))"), 0);
+            uint64_t was = dsa_hash(sysdsa);
+            fault_arm(F_BREAK, n, false);
+            int32_t rc = ms(call);
+            int64_t hits = fault_disarm();
+            stopflag = 0;
+            altstopflag = 0;
+            EXPECT_EQ(dsa_check(sysdsa), 0) << call << n;
+            if (hits == 0)
+                break;
+            EXPECT_TRUE(rc == 1 || rc == 3000) << call << n << " " << rc;
+            EXPECT_EQ(dsa_hash(sysdsa), was) << call << n;
+        }
 }
 
 TEST(MosaOv, FailedStoresLeaveAll)

@@ -76,6 +76,7 @@ TEST(MosaTerms, NamesOfTerms)
     begin();
     ASSERT_EQ(run("matrix M = J(1, 6, 0)"), 0);
     ASSERT_EQ(run("matrix colnames M = 1b.g 2.g 1b.g#co.x 2.g#c.x x _cons"), 0) << session_output;
+    ASSERT_EQ(run("matrix N = M'"), 0);
     static const called rows[] = {
         {"ov_matrixcolstripe_fvinfo(\"M\")",
          "R6,4:1 1 1 0 1 0 0 0 1 0 1 0 1 0 0 0 0 0 0 0 0 0 0 0"},
@@ -86,6 +87,13 @@ TEST(MosaTerms, NamesOfTerms)
         {"ov_matrixcolstripe_split(\"M\", 6)", "S6,2:|1b.g||2.g|1b.g#|co.x|2.g#|c.x||x||_cons"},
         {"ov_matrixcolstripe_abbrev(\"M\", 8)[3, .]", "S1,2:|1b.g#c~x"},
         {"ov_matrixrowstripe_term_size(\"M\")", "R1,1:1"},
+        {"ov_matrixrowstripe_fvinfo(\"N\") == ov_matrixcolstripe_fvinfo(\"M\")", "R1,1:1"},
+        {"ov_matrixrowstripe_term_index(\"N\")'", "R1,6:1 1 2 2 3 4"},
+        {"ov_matrixrowstripe_term_size(\"N\")'", "R1,4:2 2 1 1"},
+        {"ov_matrixrowstripe_term_omit(\"N\")'", "R1,4:1 1 0 0"},
+        {"ov_matrixrowstripe_term_levels(\"N\")[4, .]", "R1,2:2 ."},
+        {"ov_matrixrowstripe_split(\"N\", 12)[(2::3), .]", "S2,1:2.g|1b.g#co.x"},
+        {"ov_matrixrowstripe_abbrev(\"N\", 8)[3, .]", "S1,2:|1b.g#c~x"},
         {"ov_matrixcolstripe_term_size(\"nosuch\")", "3499"},
         {"ov_matrixcolstripe_split(\"M\", 1)", "3300"},
     };
