@@ -39,6 +39,6 @@ inline double bi_inrange(double z)
     return z < misval && z > -misval ? z : misval;
 }
 
-// f over the reals of nargs arguments, a missing one giving missing; f takes them in their order.
+// f over all arguments, real and at most so many; one that is missing makes the result missing.
 inline constexpr int32_t bi_mapmost = 7;
 void bi_mapreal(int32_t argc, const char *id, double (*f)(const double *));

@@ -409,17 +409,14 @@ template <class T> matobj *pseudo_inverse(matobj *a, double tol, int *rank)
     if (!out.make(a->cols, a->rows))
         return nullptr;
     std::fill_n(out.p.get(), int64_t(a->cols) * a->rows, T(0));
-    for (*rank = 0; *rank < k && s[size_t(*rank)] > low; ++*rank) {
-        double d = 1 / s[size_t(*rank)];
-        for (int64_t j = 0; j < a->rows; j++)
-            for (int64_t i = 0; i < a->cols; i++) {
-                T x = v.at(*rank, i), y = u.at(j, *rank);
-                if constexpr (is_z<T>)
-                    out.at(i, j) += d * std::conj(x * y);
-                else
-                    out.at(i, j) += d * x * y;
-            }
-    }
+    for (*rank = 0; *rank < k && s[size_t(*rank)] > low; ++*rank)
+        for (int64_t j = 0; j < a->cols; j++)
+            v.at(*rank, j) /= s[size_t(*rank)];
+    char turned = 'C';
+    T one = 1, zero = 0;
+    if (*rank && !la_call(la_name<T>("dgemm_", "zgemm_"), &turned, &turned, &out.r, &out.c, rank,
+                          &one, v.p.get(), &v.ld, u.p.get(), &u.ld, &zero, out.p.get(), &out.ld))
+        return nullptr;
     matobj *r = m_mktmat(MO_REAL, 0, 0);
     return r && out.store(r) ? r : nullptr;
 }

@@ -55,13 +55,18 @@ int32_t close_file(openfile *f)
     return rc;
 }
 
+} // namespace
+
 // What a failed statement left open goes, where that was asked for.
-void autoclose()
+void m_rtfidx_autoclosexeq()
 {
     for (openfile &f : files)
         if (f.open && f.autoclose && m_xrc && f.depth >= mosa_xeq_depth)
             close_file(&f);
 }
+
+namespace
+{
 
 int32_t open_file(const char *name, file_mode mode, int32_t *handle)
 {
@@ -85,7 +90,7 @@ int32_t open_file(const char *name, file_mode mode, int32_t *handle)
         f->mode = mode;
         f->fd = fd;
         f->depth = mosa_xeq_depth;
-        m_autoclose = autoclose;
+        m_autoclose = m_rtfidx_autoclosexeq;
         *handle = k;
         return 0;
     }

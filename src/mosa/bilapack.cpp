@@ -69,9 +69,9 @@ int64_t size_of(const la_run &r, const char *s)
     return std::max<int64_t>(total, 0);
 }
 
-bool read_spec(la_run &r, const char *spec, int32_t argc)
+bool read_form(la_run &r, const char *form, int32_t argc)
 {
-    for (const char *s = spec; *s;) {
+    for (const char *s = form; *s;) {
         la_argument &a = r.a[r.n];
         a.kind = *s;
         a.size = s[1] == ':' ? s + 2 : nullptr;
@@ -417,12 +417,12 @@ bool put_results(la_run &r)
     return true;
 }
 
-void run(int32_t argc, const char *id, const char *routine, const char *spec)
+void run(int32_t argc, const char *id, const char *routine, const char *form)
 {
     m_xeqerrid = id;
     la_run r;
     r.complex = routine[0] == 'z';
-    if (!read_spec(r, spec, argc))
+    if (!read_form(r, form, argc))
         return;
     for (int i = 0; i < r.n; i++)
         if (!r.a[i].size && !read_scalar(r.a[i]))
@@ -465,10 +465,10 @@ void run(int32_t argc, const char *id, const char *routine, const char *spec)
 
 } // namespace
 
-#define LA(handler, id, routine, spec)                                                             \
+#define LA(handler, id, routine, form)                                                             \
     void handler(int32_t argc)                                                                     \
     {                                                                                              \
-        run(argc, id, routine, spec);                                                              \
+        run(argc, id, routine, form);                                                              \
     }
 #include "mosa/lapack.def"
 #undef LA

@@ -292,8 +292,9 @@ static int32_t write_member(int32_t fd, mlib_header *h, const matobj *f)
         good = append(fd, buf.get(), size, &at2);
     }
     if (!good || rc) {
-        if (at > 0 && ftruncate(fd, at) && !rc)
-            good = false;
+        // Should even that fail, the head does not know of what stays behind the last image.
+        bool cut = at <= 0 || !ftruncate(fd, at);
+        (void)cut;
         return rc ? rc : errout(RC_IOWRITE, "could not write into library\n");
     }
     (b_native == B_LITTLE ? h->littleoff : h->bigoff)[h->nmembers] = int32_t(at);

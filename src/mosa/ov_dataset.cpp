@@ -23,6 +23,9 @@ bool flag_of(int32_t argc, int32_t k, bool *flag)
     return true;
 }
 
+// A caller who is about to store may say that nothing need be filled in. It is filled in all the
+// same: bytes that were something else could be no number at all.
+
 // ov_addobs(n [, nofill]): 0 or the code of the storage area, nothing added then.
 bool addobs(int32_t argc, bool hush, int32_t *rc)
 {
@@ -33,7 +36,7 @@ bool addobs(int32_t argc, bool hush, int32_t *rc)
     if (!(n >= 0 && n <= zmaxlong))
         return bi_fail(3300);
     ov_hush keep(hush);
-    *rc = n < 1 ? 0 : dsa_add_obs(sysdsa, int64_t(n), !nofill);
+    *rc = n < 1 ? 0 : dsa_add_obs(sysdsa, int64_t(n), true);
     if (!*rc && n >= 1) {
         s_updata = newdata = true;
         _srtlist[0] = 0; // the new rows stand behind the others whatever they hold
@@ -104,8 +107,7 @@ int32_t add_them(const newvars &v)
             dsa_truncate_var(sysdsa, before, true);
             return -var;
         }
-        if (!v.nofill)
-            fill_missing(uint32_t(var));
+        fill_missing(uint32_t(var));
     }
     if (uint32_t(_Kvar) > before) {
         _i_Kvar = _Kvar;

@@ -105,7 +105,8 @@ bool stripe_word(const std::string &word, const char *none, char *out, size_t ro
 {
     // Only the name of a term may be longer than a plain one.
     bool term = word.find_first_of(".#") != std::string::npos;
-    if (word.size() >= room || (!term && word.size() > namelen) || word.find_first_of(": \"`'") != std::string::npos)
+    if (word.size() >= room || (!term && word.size() > namelen) ||
+        word.find_first_of(": \"`'") != std::string::npos)
         return bi_fail(3300);
     strcut(out, room, word.empty() ? none : word.c_str());
     return true;

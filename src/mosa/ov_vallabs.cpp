@@ -139,7 +139,8 @@ void biov_vlload(int32_t argc)
     m_xeqerrid = "ov_vlload()";
     std::string name;
     matobj *values = m_arg(1), *texts = m_arg(0);
-    if (!ov_string(m_arg(2), &name) || !bi_ismatrix(values) || !bi_ismatrix(texts))
+    if (!ov_string(m_arg(2), &name) || !bi_ismatrix(values) || !bi_ismatrix(texts) ||
+        !bi_distinct(argc))
         return;
     const vltable *table = vlfind(name.c_str());
     int32_t n = vlgetcount(table);

@@ -51,6 +51,7 @@ const char *name_istmt(); // "<istmt%d>" of the present depth
 bool m_nativefull(uint64_t beyond = 0);
 void m_newstatement();    // links cached so far become stale
 extern void (*m_autoclose)(); // closes what a statement left open; null when nothing does
+void m_rtfidx_autoclosexeq(); // what it is once a file was opened
 
 // ---- errors
 [[gnu::format(printf, 2, 3)]] void m_custom_xeqerrf(int32_t code, const char *fmt, ...);

@@ -57,7 +57,7 @@ foreach line in "J(-1, 2, 0)" "J(1, 2, x)" "I(1.5, x)" "invsym(1::2)" "substr(1,
     "swap(x)" "nosuch(1)" "nosuch" "outer(1)" "outer(3)" "_error(3352)" ///
     `"_error(3360, "my own words")"' `"_error("only words")"' "_error(601)" "_error(3999)" ///
     "_error(10001)" "_error(.)" `"ovata("nosuch")"' `"_ovata("nosuch")"' "ov_view(v = ., 9, 1)" ///
-    `"ov_view(v = ., ., "nosuch")"' "v = .; ov_view(v, ., 1); v[4, 1] = 1" "v++" "_svy(1)" ///
+    `"ov_view(v = ., ., "nosuch")"' "v = .; ov_view(v, ., 1); v[4, 1] = 1" "v++" "i_xtgm_cpyin(1)" ///
     "J(2147483647, 2147483647, 0)" "order(x, 9)" "_cholesky(x)" `"sprintf("%q", 1)"' {
     display `"-> `line'"'
     capture noisily mosa: `line'

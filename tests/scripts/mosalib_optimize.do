@@ -150,6 +150,21 @@ optimize_init_evaluator(S, &hill())
 optimize_init_params(S, (2.5, 4))
 optimize_init_technique(S, "nr")
 round(optimize(S), .1)
+// All that can be traced
+void bowl(todo, p, v, g, H)
+{
+    v = 2 * (p[1] - 1)^2 + 8 * (p[2] + 3)^2
+    if (todo >= 1) g = (4 * (p[1] - 1), 16 * (p[2] + 3))
+    if (todo == 2) H = (4, 0 \ 0, 16)
+}
+W = optimize_init()
+optimize_init_evaluator(W, &bowl())
+optimize_init_evaluatortype(W, "d2")
+optimize_init_which(W, "min")
+optimize_init_params(W, (0, 0))
+optimize_init_tracelevel(W, "hessian")
+optimize_init_iterid(W, "Turn")
+p = optimize(W)
 // A derivative that is wrong is told.
 void wrong(todo, p, v, g, H)
 {

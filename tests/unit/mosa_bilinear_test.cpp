@@ -52,6 +52,13 @@ static const called byhand[] = {
     {"y = (1 \\ 2); _toeplitzscale_u((4, 2), y)", "R1,1:2.48490665"},
     {"y", "R2,1:0.5 0.8660254038"},
     {"LA_DLAMCH(\"B\")", "R1,1:2"},
+    {"a = 1; p = 4; _kf_update_u(a, p, 3, 2, 9) + ln(2 * 3.14159265358979324 * 25) / 2",
+     "R1,1:-0.02"},
+    {"(a, p)", "R1,2:1.32 1.44"},
+    {"a = (1 \\ 2); p = (2, 1 \\ 1, 2); _kf_update_u(a, p, (. \\ .), I(2), I(2))", "R1,1:0"},
+    {"(a, p)", "R2,3:1 2 1 2 1 2"},
+    {"a = 1; _kf_update_u(a, p = 0, 3, 2, 0)", "R1,1:."},
+    {"a = 1; _kf_update_u(a, p = 1, (1 \\ 2), 1, 1)", "3200"},
 };
 
 static const char *const functions = R"(
@@ -133,6 +140,27 @@ real scalar ok_band(real matrix a, real matrix b)
     b = SPMATbandedunmake(q, 2, 0)
     return(off(SPMATbandedunmake(SPMATbandedmult(p, 1, 2, q, 2, 0), 3, 2), a * b) < 1e-14 & off(SPMATbandedunmake(SPMATbandedcross(p, 1, 2, q, 2, 0), 4, 1), a' * b) < 1e-14 & off(SPMATbandedunmake(SPMATbandedminus(p, 1, 2, q, 2, 0), 2, 2), a - b) < 1e-15 & abs(SPMATbandedtracemult(p, 1, 2, q, 2, 0) - sum(diagonal(a * b))) < 1e-14)
 }
+real scalar ok_kalman(real scalar k, real colvector y)
+{
+    real matrix P, Z, H, K, Q
+    real colvector a, b, s
+    real scalar l
+    P = R(k, k)
+    P = P * P'
+    Z = R(rows(y), k)
+    H = I(rows(y)) :* (1::rows(y))
+    a = b = R(k, 1)
+    Q = P
+    l = _kf_update_u(b, Q, y, Z, H)
+    s = select(1::rows(y), y :< .)
+    y = y[s]
+    Z = Z[s, .]
+    H = H[s, s]
+    K = P * Z' * luinv(Z * P * Z' + H)
+    if (off(b, a + K * (y - Z * a)) > 1e-13 | off(Q, P - K * Z * P) > 1e-13) return(0)
+    s = y - Z * a
+    return(abs(l + rows(y) * ln(2 * 3.14159265358979324) / 2 + ln(det(Z * P * Z' + H)) / 2 + (s' * luinv(Z * P * Z' + H) * s) / 2) < 1e-12)
+}
 real matrix R(real scalar n, real scalar m) return(runiform(n, m) :- .5)
 complex matrix Z(real scalar n, real scalar m) return(C(R(n, m), R(n, m)))
 )";
@@ -156,6 +184,7 @@ static const called identities[] = {
      "R1,1:1"},
     {"isreal(l) & all(l[|1 \\ 5|] :>= l[|2 \\ 6|])", "R1,1:1"},
     {"ok_band(R(7, 7), R(7, 7))", "R1,1:1"},
+    {"(ok_kalman(3, (1 \\ .5)), ok_kalman(2, (1 \\ . \\ 3 \\ -1)))", "R1,2:1 1"},
     {"h = Z(6, 4); g = ginvr(h); off(h * g * h, h) < 1e-13 & off((h * g)', h * g) < 1e-13",
      "R1,1:1"},
     {"h = R(5, 3) * R(3, 6); g = ginvr(h); off(h * g * h, h) + off(g * h * g, g) < 1e-11",
@@ -294,9 +323,9 @@ TEST(MosaLinear, LapackOfOrder0)
 TEST(MosaLinear, LapackOfAnyArguments)
 {
     static const struct {
-        const char *id, *spec;
+        const char *id, *form;
     } rows[] = {
-#define LA(handler, id, routine, spec) {id, spec},
+#define LA(handler, id, routine, form) {id, form},
 #include "mosa/lapack.def"
 #undef LA
     };
@@ -318,7 +347,7 @@ real scalar lsel(a, | b) return(Re(a) > 0)
             std::string call = std::string(r.id, strlen(r.id) - 1);
             const char *glue = "";
             int n = draw(5), spoil = draw(3);
-            for (const char *s = r.spec; *s; s++) {
+            for (const char *s = r.form; *s; s++) {
                 bool odd = spoil && draw(12) == 0;
                 std::string size = std::to_string(odd ? draw(6) : n);
                 call += glue;
@@ -329,10 +358,10 @@ real scalar lsel(a, | b) return(Re(a) > 0)
                 case 'd': call += std::to_string(draw(3) - 1); break;
                 case 'f': call += "&lsel()"; break;
                 case 'x':
-                case 'y': call += "l" + std::to_string(s - r.spec) + "=lm(" + size + ")"; break;
+                case 'y': call += "l" + std::to_string(s - r.form) + "=lm(" + size + ")"; break;
                 case 'L':
                 case 'M': call += std::to_string(draw(4) - 1); break;
-                default: call += "l" + std::to_string(s - r.spec) + "=lv(" + size + ")"; break;
+                default: call += "l" + std::to_string(s - r.form) + "=lv(" + size + ")"; break;
                 }
                 glue = ", ";
                 while (s[1] && *s != ' ')

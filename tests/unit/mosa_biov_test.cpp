@@ -319,6 +319,7 @@ TEST(MosaOv, ValueLabels)
         {"ov_vlmodify(\"yn\", ., \"x\")", "3300"},
         {"ov_vlmodify(\"yn\", (1, 2), \"x\")", "3200"},
         {"ov_vlmodify(\"a b\", 1, \"x\")", "3598"},
+        {"V = 1; ov_vlload(\"yn\", V, V)", "3002"},
     };
     refuse_all(bad);
     EXPECT_EQ(value("ov_vlmap(\"yn\", (0, 1))"), "S1,2:no|");
