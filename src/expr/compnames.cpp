@@ -92,8 +92,8 @@ static bool pointed_name(span s, const char *name)
     const char *point = strrchr(name, '.');
     if (!point || point == name || !isnamechar(point[1]) || !isnamechar(name[0]) || strpbrk(name, ",\"'"))
         return false;
-    fvspec spec;
-    if (int32_t rc = fv_text(name, FV_TS | FV_FACTOR, &spec))
+    fvspec typed;
+    if (int32_t rc = fv_text(name, FV_TS | FV_FACTOR, &typed))
         comp_fail(rc);
     comp_fail(errout(RC_SYNTAX, "%s: a level must be told\n", name));
 }

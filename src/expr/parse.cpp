@@ -302,12 +302,12 @@ static int32_t parse_varlist(toktype *ti, parinfo_t *pi)
         return 0;
     int32_t rc;
     if (pi_vlmode == VL_OLD && pi->pi_fvok == 1 && !ti->ugetflg && fv_needed(ti->c_ptr)) {
-        static fvspec spec;
-        if ((rc = ti_fv_parse(ti, FV_TS | FV_FACTOR, &spec)))
+        static fvspec typed;
+        if ((rc = ti_fv_parse(ti, FV_TS | FV_FACTOR, &typed)))
             return rc;
-        pi->pi_hasvlist = !spec.term.empty();
+        pi->pi_hasvlist = !typed.term.empty();
         if (pi->pi_hasvlist)
-            pi->pi_fvtoc = &spec;
+            pi->pi_fvtoc = &typed;
     } else if (pi_vlmode == VL_OLD) {
         if ((rc = ti_ssvlist(ti, pi->vl_vr, &pi->pi_nvar)))
             return rc;

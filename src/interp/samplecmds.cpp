@@ -154,12 +154,12 @@ void out_missing(int32_t marker, int32_t var, const sample &s)
 // Operated variables are out where their value is missing; levels where the variable is.
 int32_t out_operated(int32_t marker, const char *names, const sample &s)
 {
-    fvspec spec;
-    int32_t rc = fv_text(names, FV_TS | FV_FACTOR, &spec);
-    if (!rc && (spec.has & FV_TS))
+    fvspec typed;
+    int32_t rc = fv_text(names, FV_TS | FV_FACTOR, &typed);
+    if (!rc && (typed.has & FV_TS))
         rc = ts_init();
-    for (size_t k = 0; k < spec.term.size() && !rc; k++)
-        for (const fvatom &a : spec.term[k].part) {
+    for (size_t k = 0; k < typed.term.size() && !rc; k++)
+        for (const fvatom &a : typed.term[k].part) {
             if (!a.ts.any()) {
                 out_missing(marker, a.var, s);
                 continue;

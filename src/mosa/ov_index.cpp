@@ -297,16 +297,16 @@ bool ov_readterms(const matobj *i, const matobj *j, const matobj *s, ov_cells *o
     std::string text;
     for (int32_t c = 0; c < j->cols; c++)
         text += (c ? " " : "") + ov_element(j, c);
-    fvspec spec;
+    fvspec typed;
     fvlist list;
-    int32_t rc = fv_text(text.c_str(), FV_TS | FV_FACTOR, &spec);
+    int32_t rc = fv_text(text.c_str(), FV_TS | FV_FACTOR, &typed);
     if (rc == RC_NOTFOUND)
         return bi_fail(3500);
     std::vector<uint8_t> use(size_t(_Nobs) + 1);
     if (ov_failed(rc) || !mark_runs(all, sel, &use))
         return false;
-    if (ov_failed(sel == ov_selnomissing ? fv_markout(spec, use.data()) : 0) ||
-        ov_failed(fv_expand(spec, use.data(), &list)) || !number_terms(list, &out->vars) ||
+    if (ov_failed(sel == ov_selnomissing ? fv_markout(typed, use.data()) : 0) ||
+        ov_failed(fv_expand(typed, use.data(), &list)) || !number_terms(list, &out->vars) ||
         !keep_marked(all, use, &out->runs))
         return false;
     for (int64_t r = 0; r < out->runs.n; r++)

@@ -17,14 +17,14 @@ namespace
 // One variable with operators of time series, looked up.
 int32_t read_operated(const std::string &text, termname *out)
 {
-    fvspec spec;
+    fvspec typed;
     fvlist list;
     // Not found is said of names only: without a time variable there are no operators.
     if (int32_t rc = ts_init())
         return rc == RC_NOTFOUND ? int32_t(RC_CONTEXT) : rc;
-    if (int32_t rc = fv_text(text.c_str(), FV_TS, &spec))
+    if (int32_t rc = fv_text(text.c_str(), FV_TS, &typed))
         return rc;
-    if (int32_t rc = fv_expand(spec, nullptr, &list))
+    if (int32_t rc = fv_expand(typed, nullptr, &list))
         return rc;
     if (list.col.size() != 1 || list.col[0].n != 1)
         return errout(RC_SYNTAX, "%s invalid name\n", text.c_str());

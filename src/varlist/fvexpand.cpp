@@ -32,7 +32,7 @@ struct factor {
     bool hasbase = false;
 };
 struct expansion {
-    const fvspec *spec;
+    const fvspec *typed;
     std::vector<factor> factors;
     fvlist *out;
 };
@@ -149,7 +149,7 @@ void settle_base(factor *f)
 
 int32_t gather(expansion *e, const uint8_t *use)
 {
-    for (const fvterm &t : e->spec->term)
+    for (const fvterm &t : e->typed->term)
         for (const fvatom &a : t.part) {
             if (a.kind != 'i')
                 continue;
@@ -212,7 +212,7 @@ std::vector<termpart> parts_of(expansion *e, const fvatom &a)
 // Is the term without its part i in the list too?
 bool spanned(const expansion *e, const fvterm &t, size_t skip)
 {
-    for (const fvterm &u : e->spec->term) {
+    for (const fvterm &u : e->typed->term) {
         if (u.part.size() + 1 != t.part.size())
             continue;
         uint32_t used = 0;
@@ -423,7 +423,7 @@ const char *fv_name(int32_t entry)
 
 int32_t pi_fvexpand(parinfo_t *pi)
 {
-    const auto *spec = static_cast<const fvspec *>(pi->pi_fvtoc);
+    const auto *typed = static_cast<const fvspec *>(pi->pi_fvtoc);
     if (pi->pi_vlflag3) {
         pi->pi_nvar = 0;
         return 0;
@@ -440,9 +440,9 @@ int32_t pi_fvexpand(parinfo_t *pi)
         }
     }
     pi_initialize_xeq(pi);
-    int32_t rc = pi->pi_vlflag2 ? 0 : fv_markout(*spec, use.data());
+    int32_t rc = pi->pi_vlflag2 ? 0 : fv_markout(*typed, use.data());
     if (!rc)
-        rc = fv_expand(*spec, use.data(), &fv_current);
+        rc = fv_expand(*typed, use.data(), &fv_current);
     if (rc)
         return rc;
     if (fv_current.col.size() > size_t(max_theory_k))

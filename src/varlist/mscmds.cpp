@@ -346,7 +346,7 @@ static int32_t list_command(std::string *found)
     bool fatal = stat_option("fatal", 3, true);
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
-    fvspec spec;
+    fvspec typed;
     std::string plain;
     // The constant is no variable, but a list may name it.
     for (size_t at = 0; at < text.size();) {
@@ -357,13 +357,13 @@ static int32_t list_command(std::string *found)
             plain += w + " ";
     }
     bool cons = text.find("_cons") != std::string::npos;
-    if ((rc = fv_text(plain.c_str(), FV_TS | FV_FACTOR, &spec)))
+    if ((rc = fv_text(plain.c_str(), FV_TS | FV_FACTOR, &typed)))
         return rc;
     int32_t missed, n = s.last - s.first + 1;
-    for (int32_t j : fv_columns_of(spec, s.name + s.first, n, &missed))
+    for (int32_t j : fv_columns_of(typed, s.name + s.first, n, &missed))
         *found += (found->empty() ? "" : " ") + std::string(s.name[s.first + j].name);
     if (missed >= 0 && fatal)
-        return notfound(fv_write(spec.term[size_t(missed)]).c_str());
+        return notfound(fv_write(typed.term[size_t(missed)]).c_str());
     for (int32_t j = s.first; cons && j <= s.last; j++)
         if (!strcmp(s.name[j].name, "_cons"))
             *found += (found->empty() ? "" : " ") + std::string("_cons");

@@ -1,7 +1,7 @@
 // varlist/terms.h - variable lists with operators: time series and factors.
 //
 //   text   i.g##c.x L(1/2).y                 what was typed
-//   spec   i.g   c.x   i.g#c.x   L.y   L2.y  terms: whose levels are not known yet
+//   terms  i.g   c.x   i.g#c.x   L.y   L2.y        whose levels are not known yet
 //   list   1b.g 2.g x 1b.g#co.x 2.g#c.x ...  columns: one a level, found over a sample
 //
 // Operators stand in front of a point, in any order and any case:

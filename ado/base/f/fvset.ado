@@ -22,45 +22,45 @@ program fvset, rclass
 		exit
 	}
 	if `n' > 0 & "`what'" == substr("base", 1, `n') {
-		gettoken spec rest : rest
+		gettoken level rest : rest
 		local 0 `"`rest'"'
 		syntax varlist(numeric)
-		if "`spec'" == "default" {
-			local spec
+		if "`level'" == "default" {
+			local level
 		}
-		else if !inlist("`spec'", "first", "last", "freq", "frequent", "none") {
-			local number = subinstr("`spec'", "#", "", 1)
+		else if !inlist("`level'", "first", "last", "freq", "frequent", "none") {
+			local number = subinstr("`level'", "#", "", 1)
 			capture confirm integer number `number'
 			if _rc | "`number'" == "" {
-				display as error "invalid base specification: `spec'"
+				display as error "invalid base level: `level'"
 				exit 198
 			}
-			if `number' < ("`number'" != "`spec'") {
-				display as error "invalid base specification: `spec'"
+			if `number' < ("`number'" != "`level'") {
+				display as error "invalid base level: `level'"
 				exit 198
 			}
 		}
-		if "`spec'" == "frequent" {
-			local spec freq
+		if "`level'" == "frequent" {
+			local level freq
 		}
 		foreach v of local varlist {
-			char `v'[_fv_base] `spec'
+			char `v'[_fv_base] `level'
 		}
 		exit
 	}
 	if `n' > 0 & "`what'" == substr("design", 1, `n') {
-		gettoken spec rest : rest
+		gettoken level rest : rest
 		local 0 `"`rest'"'
 		syntax varlist(numeric)
-		if !inlist("`spec'", "asbalanced", "asobserved", "default") {
-			display as error "invalid design specification: `spec'"
+		if !inlist("`level'", "asbalanced", "asobserved", "default") {
+			display as error "invalid design: `level'"
 			exit 198
 		}
-		if "`spec'" == "default" {
-			local spec
+		if "`level'" == "default" {
+			local level
 		}
 		foreach v of local varlist {
-			char `v'[_fv_design] `spec'
+			char `v'[_fv_design] `level'
 		}
 		exit
 	}
