@@ -92,9 +92,12 @@ static bool has_missing(const matref *a)
 // The default names of a side, so that what is joined or made keeps counting.
 static bool is_default(const umatname *s, int32_t n, char letter)
 {
-    for (int32_t i = 0; i < n; i++)
-        if (s[i].name[0] != letter || s[i].name[1] < '0' || s[i].name[1] > '9')
+    for (int32_t i = 0; i < n; i++) {
+        const char *name = s[i].name;
+        size_t digits = *name == letter ? strspn(name + 1, "0123456789") : 0;
+        if (!digits || name[1 + digits] || strcmp(s[i].eq, "_"))
             return false;
+    }
     return true;
 }
 

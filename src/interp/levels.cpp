@@ -15,6 +15,7 @@
 #include "interp/trace.h"
 #include "output/oml.h"
 #include "output/print.h"
+#include "stats/results.h"
 #include <charconv>
 #include <cstring>
 
@@ -161,6 +162,8 @@ int32_t enter_program(doframe *f)
     p->inuse = 1;
     p->lastuse = sysclock;
     program_class = p->pgmclass;
+    if (program_class == 2) // what an earlier parse left is not this one's
+        sretval_clear();
     sys_is_cls = p->isclass;
     resort_on_exit = false;
     if (p->sortpreserve) {

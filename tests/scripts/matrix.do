@@ -29,3 +29,16 @@ capture noisily matrix X = (1,2)*(1,2)
 capture noisily matrix X = inv((1,2\2,4))
 matrix svd U W V = S
 matrix drop _all
+* names that only begin like the default ones are kept by a join
+matrix A = (1, 2 \ 3, 4)
+matrix rownames A = r1st r2nd
+matrix colnames A = c1x c2x
+matrix coleq A = left right
+matrix B = (5, 6 \ 7, 8)
+matrix C = A, B
+matrix list C
+matrix C = A \ B
+matrix list C
+matrix coleq B = one two
+matrix C = B, B
+matrix list C

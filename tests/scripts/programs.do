@@ -184,3 +184,18 @@ fits outer
 keepsest
 display "`e(cmd)'"
 _estimates dir
+* an s-class program starts with an empty s(); one that sets nothing leaves it so
+program s2, sclass
+  local nothing "`s(a)'"
+end
+program nos
+  display "plain: `s(a)'"
+end
+s1
+nos
+foreach i in 1 2 {
+  nos
+}
+s2
+sreturn list
+display "[`s(a)']"

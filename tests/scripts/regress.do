@@ -34,3 +34,11 @@ regress y x z [pw=id], cluster(id) level(90)
 drop _all
 display c(k) " " e(N)
 
+* the words of the caller's version
+clear
+quietly set obs 8
+generate a = _n
+generate twice = 2 * a
+generate out = a^2
+version 10: regress out a twice, noheader
+version 11: regress out a twice, noheader notable
