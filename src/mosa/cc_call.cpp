@@ -359,6 +359,8 @@ void cx_address(int32_t a, int32_t b)
 // Whether one class is another or comes from it.
 static bool comes_from(const char *cls, const char *ancestor)
 {
+    if (!strcmp(cls, ancestor))
+        return true;
     matobj *def = ce_classlookup(cls);
     for (int32_t depth = 0; def && depth < ce_maxdepth; depth++) {
         if (!strcmp(ce_name(def), ancestor))
@@ -366,6 +368,14 @@ static bool comes_from(const char *cls, const char *ancestor)
         def = ce_parent(def);
     }
     return false;
+}
+
+bool cc_comesfrom(int32_t type, int32_t ancestor)
+{
+    char cls[33], of[33];
+    snprintf(cls, sizeof cls, "%s", type_name(type));
+    snprintf(of, sizeof of, "%s", type_name(ancestor));
+    return comes_from(cls, of);
 }
 
 // What is not known of the value is asserted; a class may be seen as any of its ancestors.
@@ -386,9 +396,10 @@ void cx_cast(int32_t a, int32_t b)
         snprintf(was, sizeof was, "%s", type_name(from));
         known = comes_from(was, name);
     }
-    if (!known && !(et.eltype == MT_CLASS && ef.eltype == MT_CLASS))
+    bool settled = !known && !(et.eltype == MT_CLASS && ef.eltype == MT_CLASS);
+    if (settled)
         cc_settle(from, to, "(cast)", true);
-    if (et.eltype == MT_CLASS && !known) {
+    if (et.eltype == MT_CLASS && !known && !(settled && et.orgtype == OT_SCALAR)) {
         mop_add(167);
         mop_add_slit(name);
         mop_add(0); // NULL is no instance

@@ -246,12 +246,6 @@ static void check_arguments()
         else {
             mop_add(11);
             cc_assert(s.type);
-            const mtyp_entry &e = ty_of(s.type);
-            if (e.eltype == MT_CLASS && e.orgtype == OT_SCALAR) {
-                mop_add(167);
-                mop_add_slit(mtyp_name(&m_cc->types, s.type));
-                mop_add(0);
-            }
         }
         mop_add(2);
     }

@@ -262,6 +262,7 @@ void cc_binarytype(int32_t op, const char *label);
 // A value of type from goes where type to is declared: refuses what cannot be, asserts what
 // is not known (the value is on top of the stack).
 void cc_settle(int32_t from, int32_t to, const char *label, bool emit);
+bool cc_comesfrom(int32_t type, int32_t ancestor); // of two class types
 void cc_assert(int32_t type); // assertions of a type, nothing for what may be anything
 void cc_needs(int32_t eltype, const char *label); // the top of the type stack must be able to be
 

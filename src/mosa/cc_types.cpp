@@ -396,6 +396,20 @@ static int32_t org_assertion(int32_t orgtype)
     }
 }
 
+static bool is_class_scalar(int32_t type)
+{
+    const mtyp_entry &e = ty_of(type);
+    return e.eltype == MT_CLASS && e.orgtype == OT_SCALAR;
+}
+
+// The top is an instance of the class or of one that comes from it.
+static void assert_class(int32_t type)
+{
+    mop_add(167);
+    mop_add_slit(mtyp_name(&m_cc->types, type));
+    mop_add(0);
+}
+
 void cc_assert(int32_t type)
 {
     const mtyp_entry &e = ty_of(type);
@@ -403,6 +417,8 @@ void cc_assert(int32_t type)
         mop_add(op);
     if (int32_t op = org_assertion(e.orgtype))
         mop_add(op);
+    if (is_class_scalar(type))
+        assert_class(type);
 }
 
 // 1 fits, 0 cannot be told, -1 never fits.
@@ -449,4 +465,6 @@ void cc_settle(int32_t from, int32_t to, const char *label, bool emit)
         mop_add(op);
     if (int32_t op = org_assertion(t.orgtype); op && !org_fits(f.orgtype, t.orgtype))
         mop_add(op);
+    if (is_class_scalar(to) && (!el || !cc_comesfrom(from, to)))
+        assert_class(to);
 }

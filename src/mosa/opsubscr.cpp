@@ -316,13 +316,15 @@ bool store_block(matobj *dest, const positions &rows, const positions &cols, int
         return false;
     if (value->rows != rows.n || value->cols != cols.n)
         return bad(3301);
-    if (value == dest) { // read all before any is written
-        value = m_dupmat(dest);
-        if (!value)
+    // Read all before any is written; two views may show the same observations.
+    if (value == dest || (dest->view && value->view)) {
+        matobj *copy = m_dupmat(value);
+        if (!copy)
             return false;
-        value->links = 1;
-        m_stak[-fromtop] = value;
-        mo_unlink(dest);
+        copy->links = 1;
+        m_stak[-fromtop] = copy;
+        mo_unlink(value);
+        value = copy;
     }
     for (int32_t i = 0; i < rows.n; i++) {
         if (dest->cols > 1 && row_break())

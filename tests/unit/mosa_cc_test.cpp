@@ -482,6 +482,9 @@ TEST(mosa_cc, classes)
         "scalar s\n b.side = 6\n return(k==1 ? t_area(a) : k==2 ? t_area(b) : t_area(s))\n}",
         "real scalar t_made() {\n pointer(class B scalar) scalar p\n p = &(B())\n p->side = 4\n"
         " return(p->area() + p->side)\n}",
+        "void t_assign(transmorphic x) {\n class B scalar b\n b = x\n b.side = 1\n}",
+        "class A scalar t_give(transmorphic x) return(x)",
+        "void t_down(class A scalar a) {\n class B scalar b\n b = a\n b.side = 1\n}",
     };
     static const value_row rows[] = {
         {"t_objects()", 25502092},
@@ -505,6 +508,11 @@ TEST(mosa_cc, classes)
     }
     set_mosaoptimize = true;
     EXPECT_EQ(ms("t_wrong(3)"), 3260) << session_output;
+    for (const char *bad : {"t_assign(3)", "t_assign(A())", "t_assign(NULL)", "(void) t_give(3)",
+                            "(void) t_give(\"a\")", "t_down(A())"})
+        EXPECT_EQ(ms(bad), 3260) << bad << session_output;
+    for (const char *good : {"t_assign(B())", "(void) t_give(B())", "t_down(B())"})
+        EXPECT_EQ(ms(good), 0) << good << session_output;
     static const struct {
         const char *text, *words;
     } errors[] = {

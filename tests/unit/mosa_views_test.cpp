@@ -117,6 +117,9 @@ TEST(MosaViews, FormsOfSelection)
         {"ov_subview(U=., V, (6\\1), 2)", "U[1]==60 & U[2]==10"},
         {"V2 = V", "isview(V) & !isview(V2) & V2[6,2]==60"},
         {"ov_view(U=., ., 1)\nU = U", "!isview(U) & U[6]==6"},
+        {"ov_view(U=., ., (1,2))\nov_view(W=., ., (2,1))\nkeep = V[.,(1,2)]\nU[.,.] = W",
+         "V[.,(2,1)]==keep"}, // two views of the same observations
+        {"U[.,.] = W", "V[.,(1,2)]==keep"},
     };
     for (const auto &r : rows) {
         ASSERT_EQ(ms(r.made), 0) << r.made << "\n" << session_output;
