@@ -237,6 +237,16 @@ static int32_t named_matrix(matref *a, char *shown)
     return umat_get(inner, kind, a) ? 0 : matnotfound(shown);
 }
 
+// The words of a title without the quotes that may stand around them.
+static void bare_title(char *title)
+{
+    char *first, *last, *next;
+    if (*title && !ti_parse_quoted_string(nullptr, title, &first, &last, &next) && !*next) {
+        *last = 0;
+        memmove(title, first, size_t(last - first) + 1);
+    }
+}
+
 static int32_t list()
 {
     listing l{};
@@ -255,6 +265,7 @@ static int32_t list()
     if (!ti_pi_findargn(tokinfo, parinfo, "format", 1, l.fmt, fmtlen, 1))
         strcpy(l.fmt, "%10.0g");
     (void)ti_pi_findargasis(tokinfo, parinfo, "title", 1, title, sizeof title - 1);
+    bare_title(title);
     if ((rc = ti_pi_chkopt(tokinfo, parinfo)))
         return rc;
     if (chkfmt(l.fmt, nullptr) || fmt_isstr(l.fmt))

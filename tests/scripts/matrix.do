@@ -42,3 +42,4 @@ matrix list C
 matrix coleq B = one two
 matrix C = B, B
 matrix list C
+matrix list B, title("in quotes") noblank

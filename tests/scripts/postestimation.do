@@ -51,3 +51,22 @@ capture noisily predict h2, hat
 test x z
 ereturn display, level(90)
 
+* variance inflation about zero: by hand, and with the constant as one regressor more
+clear
+quietly set obs 30
+generate a = _n
+generate b = mod(7*_n, 11)
+generate y = a + b + mod(_n, 4)
+generate one = 1
+quietly regress a b, noconstant
+local byhand = 1/(1 - e(r2))
+quietly regress y a b, noconstant
+quietly estat vif
+assert reldif(r(vif_1), `byhand') < 1e-12
+quietly regress y a b one, noconstant
+quietly estat vif
+local byhand = r(vif_1)
+quietly regress y a b
+estat vif, uncentered
+assert reldif(r(vif_1), `byhand') < 1e-12
+capture noisily estat vif, centred

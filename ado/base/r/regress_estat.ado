@@ -32,9 +32,14 @@ program Regressors, sclass
 	sreturn local names `keep'
 end
 
-* Variance inflation: 1/(1 - R2) of each regressor on the others.
+* Variance inflation: 1/(1 - R2) of each regressor on the others. Without a constant in the
+* model R2 is the one about zero; uncentered asks for that, the constant one regressor more.
 program Vif, rclass
+	syntax [, Uncentered]
 	Regressors
+	local all : colnames e(b)
+	local cons _cons
+	local cons : list all & cons
 	local names `s(names)'
 	local n : word count `names'
 	if `n' == 0 {
@@ -49,13 +54,28 @@ program Vif, rclass
 	* levels and products become variables for as long as this runs
 	fvrevar `names'
 	local vars `r(varlist)'
+	if "`cons'" == "" {
+		local about noconstant
+	}
+	else if "`uncentered'" != "" {
+		local about noconstant
+		tempvar one
+		quietly gen byte `one' = 1
+		local vars `vars' `one'
+		local names `names' _cons
+		local ++n
+	}
 	_estimates hold `hold', restore
 	matrix `v' = J(1, `n', .)
 	forvalues i = 1/`n' {
 		local x : word `i' of `vars'
 		local others : list vars - x
-		quietly _regress `x' `others' if `touse' `w'
-		matrix `v'[1, `i'] = 1/(1 - e(r2))
+		local r2 0
+		if "`others'`about'" != "noconstant" {
+			quietly _regress `x' `others' if `touse' `w', `about'
+			local r2 = e(r2)
+		}
+		matrix `v'[1, `i'] = 1/(1 - `r2')
 		local total = 0`total' + `v'[1, `i']
 	}
 	display ""
