@@ -581,8 +581,8 @@ TEST(mosa_cc, errors)
         const char *text, *words;
     } rows[] = {
         {"x = 1) + 2", "too many ')'\n"},
-        {"(class 1) x", "'1' found where 'name' expected\n"},
-        {"(struct .) x", "'.' found where 'name' expected\n"},
+        {"(class 1) x", "'1' found where name expected\n"},
+        {"(struct .) x", "'.' found where name expected\n"},
         {"(real 2i) x", "'2i' found where ')' expected\n"},
         {"x = (1", "too many '(', '[', or '['\n"},
         {"x = 1)", "too many ')'\n"},
