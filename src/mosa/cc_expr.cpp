@@ -34,17 +34,17 @@ static cc_tk *append(int32_t tok, const char *text, int32_t len)
 
 static void append_missing()
 {
-    append(T_NUM, nullptr, 0)->num = misval;
+    append(T_NUM, ".", 1)->num = misval;
 }
 
 static void append_current()
 {
-    if (m_tok == T_NUM || m_tok == T_IMAG) {
-        append(m_tok, nullptr, 0)->num = m_toknum;
-        return;
-    }
+    bool number = m_tok == T_NUM || m_tok == T_IMAG;
     bool own = m_tok == T_NAME || m_tok == T_STR || m_tok == T_BAD || cc_isword(m_tok);
-    append(m_tok, own ? cc_savetext(m_toktext, m_toklen) : cc_tokword(m_tok), m_toklen);
+    const char *text = number ? cc_savetext(m_toktext, int32_t(strlen(m_toktext)))
+                       : own  ? cc_savetext(m_toktext, m_toklen)
+                              : cc_tokword(m_tok);
+    append(m_tok, text, m_toklen)->num = number ? m_toknum : 0;
 }
 
 // Tokens after which an expression cannot end.

@@ -166,10 +166,8 @@ struct cc_tk {
     int32_t tok;
     int32_t match; // of brackets: the other one
     int32_t len;
-    union {
-        double num;
-        const char *text;
-    };
+    double num;       // of numbers
+    const char *text; // as typed, of every token
 };
 struct cc_list {
     int32_t n, ninc;

@@ -274,7 +274,7 @@ static const opword opwords[] = {
 
 const char *cc_tokword(int32_t t)
 {
-    static char one[2];
+    static char ones[256][2]; // texts are kept by those who asked
     if (cc_isword(t))
         return reserved[t - K_FIRST - 1];
     for (const opword &w : opwords)
@@ -289,6 +289,7 @@ const char *cc_tokword(int32_t t)
     case T_MEMBER: return ".";
     default: break;
     }
+    char *one = ones[t & 255];
     one[0] = char(t);
     return one;
 }

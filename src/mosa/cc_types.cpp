@@ -139,7 +139,8 @@ static void src_demand(const type_source &s, int32_t t)
         return;
     if (!s.at)
         m_nottoken(t);
-    cc_err("'%.200s' found where '%s' expected\n",
+    cc_err(t == T_NAME ? "'%.200s' found where %s expected\n"
+                       : "'%.200s' found where '%s' expected\n",
            *s.at < s.end ? m_cc->list.t[*s.at].text : cc_tokword(T_EOL), cc_tokword(t));
 }
 

@@ -430,7 +430,7 @@ void rt_clsdestroy(matobj *instance)
     const char *id = m_xeqerrid;
     def->links++;
     for (matobj *d = def; d; d = cls_parent(d)) {
-        if (mo_code(d)[CW_DESTROY] < 0)
+        if (mo_code(d)[CW_DESTROY] < 0 || !d->info->name[0]) // dropped, its functions with it
             continue;
         m_xrc = 0;
         if (stop)

@@ -220,6 +220,8 @@ int32_t mosa_rename(int32_t)
     }
     if (from.empty() || to.empty() || *ti_gettok(tokinfo, prsestd) || to.size() > 32)
         return errout(RC_SYNTAX, "invalid syntax\n");
+    if (int32_t rc = chkname(to.c_str(), false))
+        return rc;
     matobj *m = fcn ? mo_findfcn("", from.c_str(), "") : findlvl0mat(from.c_str());
     if (!m)
         return errout(RC_NOTFOUND, "%s%s not found\n", from.c_str(), fcn ? "()" : "");

@@ -198,6 +198,8 @@ capture mosa: q
 display _rc
 mosa describe
 mosa rename g() gg
+capture noisily mosa rename gg() 2bad
+display _rc
 mosa which gg()
 mosa
 mosa_drop gg()

@@ -161,3 +161,8 @@ list
 mosa: v = v
 mosa: v[1] = 99
 display x[1]
+* an instance outlives its dropped class
+mosa: k = bird()
+mosa drop bird()
+mosa: k = 0
+mosa: k

@@ -580,6 +580,10 @@ TEST(mosa_cc, errors)
     static const struct {
         const char *text, *words;
     } rows[] = {
+        {"x = 1) + 2", "too many ')'\n"},
+        {"(class 1) x", "'1' found where name expected\n"},
+        {"(struct .) x", "'.' found where name expected\n"},
+        {"(real 2i) x", "'2i' found where ')' expected\n"},
         {"x = (1", "too many '(', '[', or '['\n"},
         {"x = 1)", "too many ')'\n"},
         {"x = (1]", "] found where ) expected\n"},
