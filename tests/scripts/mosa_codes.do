@@ -191,7 +191,7 @@ transmorphic at(transmorphic x) return(*x)
 end
 capture noisily mosa: at(1)
 display _rc
-foreach code in 3011 3259 3353 3612 3901 3930 3995 {
+foreach code in 3011 3259 3353 3901 3930 3995 {
     capture noisily mosa: _error(`code')
     display _rc
 }

@@ -52,6 +52,19 @@ mosa: fh = fopen("some.txt", "a")
 capture noisily mosa: fseek(fh, 0, -1)
 display _rc
 mosa: fclose(fh)
+* a piece too large to hold, of a file that is all hole
+mosa
+fh = fopen("hole.bin", "w")
+fseek(fh, 3e9, -1)
+fwrite(fh, "x")
+fclose(fh)
+fh = fopen("hole.bin", "r")
+end
+capture noisily mosa: x = fread(fh, 2999999999)
+display _rc
+mosa: fclose(fh)
+mosa: unlink("hole.bin")
+* more than can be open
 mosa
 void many()
 {
