@@ -441,6 +441,9 @@ int32_t pi_fvexpand(parinfo_t *pi)
     }
     pi_initialize_xeq(pi);
     int32_t rc = pi->pi_vlflag2 ? 0 : fv_markout(*typed, use.data());
+    // A factor without levels has no columns that would hold its missing values.
+    if (!rc && !pi->pi_vlflag2 && std::find(use.begin(), use.end(), 1) == use.end())
+        return errout(RC_NOOBS, "no observations\n");
     if (!rc)
         rc = fv_expand(*typed, use.data(), &fv_current);
     if (rc)

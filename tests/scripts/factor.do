@@ -79,3 +79,12 @@ end
 capture noisily plain i.firm
 capture noisily plain L.x
 capture noisily summarize i.firm
+* a factor that is missing throughout leaves no observations
+clear
+set obs 3
+generate z = .
+generate y = _n
+capture noisily regress y i.z
+assert _rc == 2000
+capture noisily _rmcoll i.z y
+assert _rc == 2000
